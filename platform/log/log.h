@@ -64,9 +64,9 @@ void Write(ELogLevel level, fmt::format_string<Arguments...> format, Arguments&&
 }  // namespace Log
 
 // LOG(Debug, "text with {}", value): a macro, so that a dropped line evaluates no argument.
-#define LOG(level, ...)                                     \
-  do {                                                      \
-    if (::Log::IsEnabled(::Log::ELogLevel::E##level)) {     \
+#define LOG(level, ...)                                      \
+  do {                                                       \
+    if (::Log::IsEnabled(::Log::ELogLevel::E##level)) {      \
       ::Log::Write(::Log::ELogLevel::E##level, __VA_ARGS__); \
-    }                                                       \
+    }                                                        \
   } while (false)

@@ -1,24 +1,24 @@
 // One thread with an ordered queue of immediate and timed calls.
 //
+// Calls run in the order of their due time, at equal times in the order of posting.
+//
 // Contract of timed calls: the first run is at the start point (at once where that has passed), the
 // next ones each a period later; a period of 0 means once. A period that was missed is skipped,
 // never made up for in a burst. Nothing wakes while nothing is due.
 //
-// A call that throws is logged at error level with its text, and the worker goes on.
+// A call that throws is logged at error level with its text, and the worker goes on. A call and all
+// that it holds are released as soon as it cannot run again.
+//
+// The thread takes no signal that another thread could take.
 //
 // Threads: every operation may be called from any thread. A class that is its own worker (derives
 // from CWorker) calls Stop in its own destructor, before its members go.
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/worker/steadyclock.h"
 
@@ -35,6 +35,8 @@ class CWorkerCall {
   virtual void Cancel() = 0;
 };
 
+class CWorkerThread;
+
 using WorkerCallHandle = std::shared_ptr<CWorkerCall>;
 
 class CWorker {
@@ -49,7 +51,8 @@ class CWorker {
   CWorker(const CWorker&) = delete;
   CWorker& operator=(const CWorker&) = delete;
 
-  // Starts the thread. Calls queued before that run now. A second Start does nothing.
+  // Starts the thread. Calls queued before that run now. A second Start does nothing; one after a
+  // Stop starts again.
   virtual void Start();
 
   // Lets the running call end, joins the thread and drops what is still queued. From the worker's
@@ -60,6 +63,7 @@ class CWorker {
   // not run or on the worker's own thread.
   virtual void Sync();
 
+  // From Start until the end is asked for; a long call may look at it to end early.
   virtual bool IsRunning() const;
   virtual bool IsThisThread() const;
 
@@ -84,4 +88,8 @@ class CWorker {
   // For calls that run on this worker: waits for the duration; the end of the worker cuts it short.
   // False when it was cut short.
   bool Sleep(std::chrono::nanoseconds duration);
+
+ private:
+  // Shared with the thread and the handles, which may outlive this object.
+  const std::shared_ptr<CWorkerThread> mThread;
 };
