@@ -1,0 +1,65 @@
+// Events of a state machine: a type with a name, a payload and a verdict that a poster may wait
+// for.
+#pragma once
+
+#include <future>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+// What all events of one type share; its address tells the types apart.
+struct CHsmEventType {
+  unsigned number;  // dense from 0 within a machine
+};
+
+class IHsmEvent {
+ public:
+  virtual const std::string& GetName() const = 0;
+  virtual ~IHsmEvent() = default;
+  IHsmEvent(const IHsmEvent&) = delete;
+  IHsmEvent& operator=(const IHsmEvent&) = delete;
+
+  const CHsmEventType& GetType() const { return *mType; }
+
+  // The verdict: true as soon as the machine reacts, false when it does not take the event. Once an
+  // event; a poster takes it before posting. get() throws std::future_error (broken promise) where
+  // the machine has dropped the event. Never wait on the machine's own thread.
+  std::future<bool> GetHandled() { return mHandled.get_future(); }
+
+  // For the machine: gives the verdict, once an event.
+  void SetHandled(bool handled) { mHandled.set_value(handled); }
+
+  // For the machine: breaks the promise, so that nobody waits for a verdict that will not come.
+  void Drop() { const std::promise<bool> dropped(std::move(mHandled)); }
+
+ protected:
+  explicit IHsmEvent(const CHsmEventType& type) : mType(&type) {}
+
+ private:
+  const CHsmEventType* const mType;
+  std::promise<bool> mHandled;
+};
+
+// The names of a machine's events, kNames[N]; specialised for the machine's tag.
+template <typename Tag>
+struct HsmEventNames;
+
+// Event N of the machine that the tag names, with copies of its payload.
+template <typename Tag, unsigned N, typename... Payload>
+class CHsmEvent final : public IHsmEvent {
+ public:
+  static constexpr CHsmEventType kType{N};
+
+  explicit CHsmEvent(Payload... payload) : IHsmEvent(kType), mPayload(std::move(payload)...) {}
+
+  const std::string& GetName() const override {
+    static const std::string name(HsmEventNames<Tag>::kNames[N]);
+    return name;
+  }
+
+  const std::tuple<Payload...>& GetPayload() const { return mPayload; }
+
+ private:
+  const std::tuple<Payload...> mPayload;
+};
