@@ -40,6 +40,6 @@ class CDiagnosticsSignal {
   const CSignalDefinition<T>* const mDefinition;
   const ipc::EInstanceType mInstance;
   mutable std::mutex mMutex;
-  T mValue;             // guarded by mMutex
+  T mValue;              // guarded by mMutex
   TimePoint mTimestamp;  // guarded by mMutex
 };

@@ -1,7 +1,7 @@
 // The RPC layer on gRPC over Unix sockets: one server and any number of clients a process.
 //
-// Each named service has its socket file, named after it, in the socket directory: /run/ovra, unless
-// the store's section "communication" says otherwise (docs/wire.md lists its keys).
+// Each named service has its socket file, named after it, in the socket directory: /run/ovra,
+// unless the store's section "communication" says otherwise (docs/wire.md lists its keys).
 //
 // Life: construct, register services and create clients, StartServices, then RunServer and
 // HandleClientNotifications each on a thread of its own, Stop from a third; both return after it.

@@ -5,8 +5,9 @@
 
 #include "platform/ipc/diagnostics.pb.h"
 
-// Threads: at the serving end calls arrive on any of the RPC layer's threads at once. At the calling
-// end the notification callback runs on the notification thread, one notification after the other.
+// Threads: at the serving end calls arrive on any of the RPC layer's threads at once. At the
+// calling end the notification callback runs on the notification thread, one notification after the
+// other.
 class IDiagnostics {
  public:
   // Calling end: set by the owner; what it returns is the reply to the service.

@@ -29,8 +29,9 @@ class IGenericControl {
   // Calls the alive reporter; throws std::bad_function_call when there is none.
   virtual void SendAlive() = 0;
 
-  // Connected once, before anything is served or called.
-  void ConnectReporters(StateReporter stateReporter, AliveReporter aliveReporter) {
+  // Connected once, before anything is served or, at the calling end, before notifications are
+  // handled; there it begins the two subscriptions.
+  virtual void ConnectReporters(StateReporter stateReporter, AliveReporter aliveReporter) {
     mStateReporter = std::move(stateReporter);
     mAliveReporter = std::move(aliveReporter);
   }

@@ -9,8 +9,8 @@
 class ISessionManager {
  public:
   // Calling end: set by the owner, hears the present state first and then each change.
-  // Serving end: set by the RPC layer; hands the state to every subscriber and returns when all have
-  // replied; throws Rpc::CommunicationException when one did not within the time limit.
+  // Serving end: set by the RPC layer; hands the state to every subscriber and returns when all
+  // have replied; throws Rpc::CommunicationException when one did not within the time limit.
   using ConnectorStateCallback = std::function<void(const ipc::MConnectorState&)>;
 
   virtual ~ISessionManager() = default;

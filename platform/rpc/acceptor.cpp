@@ -1,0 +1,224 @@
+#include "platform/rpc/acceptor.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+#include "platform/rpc/communicationexception.h"
+#include "platform/rpc/log.h"
+#include "platform/rpc/peercheck.h"
+
+namespace Rpc {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view kPreface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
+
+constexpr size_t kMostSilent = 16;
+constexpr auto kSilenceLimit = 10s;
+constexpr auto kRetryAfterExhaustion = 100ms;
+constexpr auto kBetweenRefusalLines = 1s;
+
+// Descriptors that connections never take: the lamp, the buzzer, the sensor, the log and the
+// process's own clients need theirs also when everyone connects.
+constexpr rlim_t kReservedDescriptors = 40;
+
+size_t ConnectionLimit(size_t configured) {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+    return configured;
+  }
+  const rlim_t free = limit.rlim_cur > kReservedDescriptors + kMostSilent
+                          ? limit.rlim_cur - kReservedDescriptors - kMostSilent
+                          : 1;
+  return std::min(configured, static_cast<size_t>(free));
+}
+
+}  // namespace
+
+CAcceptor::CAcceptor(const CommunicationConfig& config, Handover handover)
+    : mConfig(config),
+      mLimit(ConnectionLimit(config.maxConnections)),
+      mHandover(std::move(handover)),
+      mEpoll(epoll_create1(EPOLL_CLOEXEC)),
+      mWakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (!mEpoll || !mWakeUp || !Watch(mWakeUp.Get(), EPOLLIN)) {
+    throw CommunicationException("Cannot watch sockets: " + std::generic_category().message(errno));
+  }
+}
+
+CAcceptor::~CAcceptor() = default;
+
+void CAcceptor::Listen(const std::string& name) {
+  mSockets.push_back(std::make_unique<CServiceSocket>(mConfig.socketDirectory, name));
+}
+
+bool CAcceptor::Watch(int descriptor, unsigned events) {
+  epoll_event event{};
+  event.events = events;
+  event.data.fd = descriptor;
+  return epoll_ctl(mEpoll.Get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
+void CAcceptor::SetListening(bool listen) {
+  if (listen == mListening) {
+    return;
+  }
+  mListening = listen;
+  for (const auto& socket : mSockets) {
+    if (listen) {
+      Watch(socket->Descriptor(), EPOLLIN);
+    } else {
+      epoll_ctl(mEpoll.Get(), EPOLL_CTL_DEL, socket->Descriptor(), nullptr);
+    }
+  }
+}
+
+void CAcceptor::Run() {
+  SetListening(true);
+  std::array<epoll_event, 16> events{};
+  for (;;) {
+    const int count = epoll_wait(mEpoll.Get(), events.data(), static_cast<int>(events.size()),
+                                 MillisecondsToNextDeadline());
+    for (int i = 0; i < count; ++i) {
+      const int descriptor = events[static_cast<size_t>(i)].data.fd;
+      if (descriptor == mWakeUp.Get()) {
+        mSilent.clear();
+        mSockets.clear();
+        return;
+      }
+      const auto socket = std::find_if(mSockets.begin(), mSockets.end(), [&](const auto& each) {
+        return each->Descriptor() == descriptor;
+      });
+      if (socket != mSockets.end()) {
+        Accept(**socket);
+      } else {
+        Greet(descriptor);
+      }
+    }
+    DropExpired();
+    if (!mListening && Clock::now() >= mRetryAt) {
+      SetListening(true);
+    }
+  }
+}
+
+void CAcceptor::Stop() {
+  const uint64_t one = 1;
+  // Cannot fail: the counter would have to be at its 64-bit limit.
+  [[maybe_unused]] const ssize_t written = write(mWakeUp.Get(), &one, sizeof(one));
+}
+
+int CAcceptor::MillisecondsToNextDeadline() const {
+  auto next = Clock::time_point::max();
+  if (!mSilent.empty()) {
+    next = mSilent.front().since + kSilenceLimit;
+  }
+  if (!mListening) {
+    next = std::min(next, mRetryAt);
+  }
+  if (next == Clock::time_point::max()) {
+    return -1;
+  }
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()).count();
+  return static_cast<int>(std::max<decltype(left)>(left, 0));
+}
+
+void CAcceptor::Accept(const CServiceSocket& socket) {
+  CDescriptor connection(
+      accept4(socket.Descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  if (!connection) {
+    if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+      Write(&ILogger::Warning, "Cannot accept a connection to \"{}\": {}; trying again shortly",
+            socket.Name(), std::generic_category().message(errno));
+      SetListening(false);
+      mRetryAt = Clock::now() + kRetryAfterExhaustion;
+    }
+    return;
+  }
+
+  Peer peer;
+  if (!IdentifyPeer(connection.Get(), peer) ||
+      !IsAllowed(peer, mConfig.allowedUsers, socket.Group())) {
+    Write(&ILogger::Warning,
+          "Refused process {} of user {} at \"{}\": only root, user {}, group {} and the users in "
+          "\"AllowedUsers\" may connect",
+          peer.pid, peer.user, socket.Name(), geteuid(), socket.Group());
+    return;
+  }
+
+  if (mSilent.size() == kMostSilent) {
+    mSilent.pop_front();
+  }
+  if (Watch(connection.Get(), EPOLLIN | EPOLLRDHUP)) {
+    mSilent.push_back({std::move(connection), socket.Name(), Clock::now()});
+  }
+}
+
+void CAcceptor::Greet(int descriptor) {
+  const auto silent = std::find_if(mSilent.begin(), mSilent.end(), [&](const Silent& each) {
+    return each.connection.Get() == descriptor;
+  });
+  if (silent == mSilent.end()) {
+    return;  // gave way to a newer one in the same round
+  }
+  std::array<char, kPreface.size()> bytes{};
+  const ssize_t size = recv(descriptor, bytes.data(), bytes.size(), MSG_PEEK | MSG_DONTWAIT);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return;  // the event was for the descriptor's previous owner
+  }
+  Silent greeted = std::move(*silent);
+  mSilent.erase(silent);
+  epoll_ctl(mEpoll.Get(), EPOLL_CTL_DEL, descriptor, nullptr);
+  if (size <= 0) {
+    return;
+  }
+  // A client sends the preface as one write, which a Unix socket delivers whole.
+  if (std::string_view(bytes.data(), static_cast<size_t>(size)) != kPreface) {
+    Write(&ILogger::Warning, "Closed a connection to \"{}\" that does not speak HTTP/2",
+          greeted.service);
+    return;
+  }
+  if (!HasRoom()) {
+    if (Clock::now() - mRefusalLoggedAt >= kBetweenRefusalLines) {
+      mRefusalLoggedAt = Clock::now();
+      Write(&ILogger::Warning, "Refused a connection to \"{}\": {} are open already",
+            greeted.service, mServed.size());
+    }
+    return;
+  }
+  struct stat file {};
+  fstat(descriptor, &file);
+  mServed.push_back({descriptor, file.st_ino});
+  mHandover(std::move(greeted.connection));
+}
+
+bool CAcceptor::HasRoom() {
+  if (mServed.size() < mLimit) {
+    return true;
+  }
+  std::erase_if(mServed, [](const Served& served) {
+    struct stat file {};
+    return fstat(served.descriptor, &file) != 0 || file.st_ino != served.inode;
+  });
+  return mServed.size() < mLimit;
+}
+
+void CAcceptor::DropExpired() {
+  const auto limit = Clock::now() - kSilenceLimit;
+  while (!mSilent.empty() && mSilent.front().since <= limit) {
+    mSilent.pop_front();
+  }
+}
+
+}  // namespace Rpc

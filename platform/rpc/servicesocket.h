@@ -1,0 +1,67 @@
+// The listening Unix socket of one named service.
+//
+// An exclusive lock file beside the socket says who serves the name: a second process is refused
+// with a message that names the holder. A socket file without a living listener (its process was
+// killed) is replaced; one on which somebody answers never is.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace Rpc {
+
+// An open descriptor that is closed with its owner.
+class CDescriptor {
+ public:
+  explicit CDescriptor(int descriptor = -1) : mDescriptor(descriptor) {}
+  ~CDescriptor() { Reset(); }
+  CDescriptor(CDescriptor&& other) noexcept : mDescriptor(other.Release()) {}
+  CDescriptor& operator=(CDescriptor&& other) noexcept;
+
+  int Get() const { return mDescriptor; }
+  explicit operator bool() const { return mDescriptor >= 0; }
+  int Release();
+  void Reset();
+
+ private:
+  int mDescriptor;
+};
+
+// Threads: one at a time.
+class CServiceSocket {
+ public:
+  // Creates the directory where it is missing, takes the lock, binds and listens. Throws
+  // CommunicationException naming the service, the path and the holder or the system's reason.
+  CServiceSocket(const std::string& directory, const std::string& name);
+
+  // Removes the socket file, if it is still this one, and the lock file.
+  ~CServiceSocket();
+  CServiceSocket(const CServiceSocket&) = delete;
+  CServiceSocket& operator=(const CServiceSocket&) = delete;
+
+  const std::string& Name() const { return mName; }
+  int Descriptor() const { return mListener.Get(); }
+
+  // The group whose members may connect: that of the socket file.
+  gid_t Group() const { return mGroup; }
+
+ private:
+  void TakeLock();
+  void RefuseLiveListener() const;
+  void Bind();
+
+  const std::string mName;
+  const std::string mPath;
+  const std::string mLockPath;
+  CDescriptor mLock;
+  CDescriptor mListener;
+  gid_t mGroup = 0;
+  ino_t mInode = 0;
+};
+
+// The path of a named service's socket; throws CommunicationException where the name cannot be a
+// file name or the path is too long for a socket address.
+std::string ServiceSocketPath(const std::string& directory, const std::string& name);
+
+}  // namespace Rpc
