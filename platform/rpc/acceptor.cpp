@@ -59,8 +59,17 @@ CAcceptor::CAcceptor(const CommunicationConfig& config, Handover handover)
 
 CAcceptor::~CAcceptor() = default;
 
-void CAcceptor::Listen(const std::string& name) {
-  mSockets.push_back(std::make_unique<CServiceSocket>(mConfig.socketDirectory, name));
+void CAcceptor::Reserve(const std::string& name) {
+  if (std::none_of(mSockets.begin(), mSockets.end(),
+                   [&](const auto& socket) { return socket->Name() == name; })) {
+    mSockets.push_back(std::make_unique<CServiceSocket>(mConfig.socketDirectory, name));
+  }
+}
+
+void CAcceptor::Listen() {
+  for (const auto& socket : mSockets) {
+    socket->Listen();
+  }
 }
 
 bool CAcceptor::Watch(int descriptor, unsigned events) {

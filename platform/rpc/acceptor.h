@@ -31,8 +31,11 @@ class CAcceptor {
   CAcceptor(const CommunicationConfig& config, Handover handover);
   ~CAcceptor();
 
-  // Before Run. Throws as CServiceSocket does.
-  void Listen(const std::string& name);
+  // Takes the name for this process, if it has not been taken yet. Throws as CServiceSocket does.
+  void Reserve(const std::string& name);
+
+  // Binds the sockets of all names; before Run. Throws as CServiceSocket does.
+  void Listen();
 
   // Serves until Stop. Nothing wakes it while nobody connects.
   void Run();

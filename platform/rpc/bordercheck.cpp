@@ -36,7 +36,9 @@ std::string Check(const ipc::MState& message) {
              : fmt::format("state: {} is not a known state", message.state());
 }
 
-std::string Check(const ipc::MAlive&) { return {}; }
+std::string Check(const ipc::MAlive&) {
+  return {};
+}
 
 std::string Check(const ipc::MLogConfig& message) {
   return ipc::ELogLevel_IsValid(message.level())

@@ -60,6 +60,8 @@ class GrpcBackend::CImplementation {
     mServices.push_back({name, Rpc::MakeService(std::move(service))});
   }
 
+  void Reserve(const std::string& name) { mAcceptor.Reserve(name); }
+
   void StartServices() {
     if (mServices.empty()) {
       return;
@@ -81,7 +83,10 @@ class GrpcBackend::CImplementation {
           "The services cannot be started: gRPC refused them; is one interface registered twice?");
     }
     for (const auto& service : mServices) {
-      mAcceptor.Listen(service.name);
+      mAcceptor.Reserve(service.name);
+    }
+    mAcceptor.Listen();
+    for (const auto& service : mServices) {
       mServer->GetHealthCheckService()->SetServingStatus(service.name, true);
       Rpc::Write(&Rpc::ILogger::Info, "Serving \"{}\" in {}", service.name,
                  mConfig.socketDirectory);
@@ -124,6 +129,9 @@ GrpcBackend::GrpcBackend(const std::string& configPath)
 
 GrpcBackend::~GrpcBackend() = default;
 
+void GrpcBackend::Reserve(const std::string& name) {
+  mImplementation->Reserve(name);
+}
 void GrpcBackend::StartServices() {
   mImplementation->StartServices();
 }

@@ -34,6 +34,10 @@ class GrpcBackend {
   GrpcBackend(const GrpcBackend&) = delete;
   GrpcBackend& operator=(const GrpcBackend&) = delete;
 
+  // Takes a service's name for this process at once, so that a second instance finds out before it
+  // touches anything else. Throws as StartServices does; which does it for the names left.
+  void Reserve(const std::string& name);
+
   // Binds the sockets of all registered services. Throws Rpc::CommunicationException where one
   // cannot be served, naming the process that holds it already or the system's reason.
   void StartServices();

@@ -96,7 +96,6 @@ CServiceSocket::CServiceSocket(const std::string& directory, const std::string& 
   TakeLock();
   try {
     RefuseLiveListener();
-    Bind();
   } catch (...) {
     unlink(mLockPath.c_str());
     throw;
@@ -105,7 +104,7 @@ CServiceSocket::CServiceSocket(const std::string& directory, const std::string& 
 
 CServiceSocket::~CServiceSocket() {
   struct stat now {};
-  if (stat(mPath.c_str(), &now) == 0 && now.st_ino == mInode) {
+  if (mListener && stat(mPath.c_str(), &now) == 0 && now.st_ino == mInode) {
     unlink(mPath.c_str());
   }
   unlink(mLockPath.c_str());
@@ -170,7 +169,7 @@ void CServiceSocket::RefuseLiveListener() const {
   }
 }
 
-void CServiceSocket::Bind() {
+void CServiceSocket::Listen() {
   mListener = CDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const sockaddr_un address = Address(mPath);
   if (!mListener ||

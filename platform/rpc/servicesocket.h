@@ -31,8 +31,9 @@ class CDescriptor {
 // Threads: one at a time.
 class CServiceSocket {
  public:
-  // Creates the directory where it is missing, takes the lock, binds and listens. Throws
-  // CommunicationException naming the service, the path and the holder or the system's reason.
+  // Takes the name for this process: creates the directory where it is missing and takes the lock.
+  // Nobody can connect yet. Throws CommunicationException naming the service, the path and the
+  // holder or the system's reason.
   CServiceSocket(const std::string& directory, const std::string& name);
 
   // Removes the socket file, if it is still this one, and the lock file.
@@ -40,7 +41,12 @@ class CServiceSocket {
   CServiceSocket(const CServiceSocket&) = delete;
   CServiceSocket& operator=(const CServiceSocket&) = delete;
 
+  // Binds and listens. Throws as the constructor does.
+  void Listen();
+
   const std::string& Name() const { return mName; }
+
+  // -1 until Listen.
   int Descriptor() const { return mListener.Get(); }
 
   // The group whose members may connect: that of the socket file.
@@ -49,7 +55,6 @@ class CServiceSocket {
  private:
   void TakeLock();
   void RefuseLiveListener() const;
-  void Bind();
 
   const std::string mName;
   const std::string mPath;
