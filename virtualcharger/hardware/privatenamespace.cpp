@@ -1,0 +1,124 @@
+#include "virtualcharger/hardware/privatenamespace.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr auto kNamespaceRemedy =
+    "; run as root, or allow user namespaces to ordinary users (sysctl "
+    "kernel.unprivileged_userns_clone=1, kernel.apparmor_restrict_unprivileged_userns=0, "
+    "user.max_user_namespaces above 0), or start the container with --cap-add SYS_ADMIN";
+
+std::string Failure(const std::string& what, int error = errno) {
+  return what + ": " + std::error_code(error, std::generic_category()).message();
+}
+
+// libfuse ends the process when it misses its device.
+std::optional<std::string> CheckFuse() {
+  const int device = open("/dev/fuse", O_RDWR | O_CLOEXEC);
+  if (device >= 0) {
+    close(device);
+    return std::nullopt;
+  }
+  const auto failure = Failure("cannot open /dev/fuse");
+  if (errno == EACCES || errno == EPERM) {
+    return failure +
+           "; run as root, or allow it with 'sudo chmod a+rw /dev/fuse', or start the "
+           "container with --device /dev/fuse";
+  }
+  return failure +
+         "; load the module with 'sudo modprobe fuse', or start the container with "
+         "--device /dev/fuse --cap-add SYS_ADMIN";
+}
+
+bool WriteFile(const char* path, const std::string& text) {
+  const int file = open(path, O_WRONLY | O_CLOEXEC);
+  if (file < 0) return false;
+  const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  const int error = errno;
+  close(file);
+  errno = error;
+  return written;
+}
+
+// The own user stays who it is, so that files and peers inside see the same one as outside.
+bool EnterUserNamespace() {
+  const auto user = std::to_string(geteuid());
+  const auto group = std::to_string(getegid());
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  return WriteFile("/proc/self/setgroups", "deny") &&
+         WriteFile("/proc/self/uid_map", user + ' ' + user + " 1") &&
+         WriteFile("/proc/self/gid_map", group + ' ' + group + " 1");
+}
+
+}  // namespace
+
+std::optional<std::string> EnterPrivateNamespace() {
+  if (auto failure = CheckFuse()) return failure;
+  if (unshare(CLONE_NEWNS) != 0 && (errno != EPERM || !EnterUserNamespace())) {
+    return Failure("no private mount namespace") + kNamespaceRemedy;
+  }
+  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    return Failure("cannot make the mounts private") + kNamespaceRemedy;
+  }
+  if (mount("virtual-charger", kScratchFolder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755") != 0) {
+    return Failure(std::string("cannot mount a memory file system on ") + kScratchFolder) +
+           kNamespaceRemedy;
+  }
+  return std::nullopt;
+}
+
+CBindings::~CBindings() {
+  for (; !mMounts.empty(); mMounts.pop_back()) umount2(mMounts.back().c_str(), MNT_DETACH);
+}
+
+std::optional<std::string> CBindings::Bind(const std::string& root,
+                                           const std::vector<SBinding>& bindings) {
+  // An overlay hides what was bound below it before.
+  for (const auto& binding : bindings) {
+    if (access(binding.target.c_str(), F_OK) == 0) continue;
+    if (auto failure = AddToParent(binding)) return failure;
+  }
+  for (const auto& [source, target, directory] : bindings) {
+    const auto path = root + '/' + source;
+    if (mount(path.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0) {
+      return Failure("cannot bind " + path + " over " + target);
+    }
+    mMounts.push_back(target);
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> CBindings::AddToParent(const SBinding& binding) {
+  namespace fs = std::filesystem;
+  const fs::path target(binding.target);
+  const auto parent = target.parent_path().string();
+  const auto layer = fs::path(kScratchFolder) / ("overlay" + std::to_string(mMounts.size()));
+  const auto upper = layer / "upper";
+  std::error_code error;
+  fs::create_directories(layer / "work", error);
+  if (!error) fs::create_directories(upper, error);
+  if (!error && binding.directory) fs::create_directory(upper / target.filename(), error);
+  if (error) return Failure("cannot prepare an overlay of " + parent, error.value());
+  if (!binding.directory) {
+    const auto name = (upper / target.filename()).string();
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (file < 0) return Failure("cannot create " + name);
+    close(file);
+  }
+  const auto options = "lowerdir=" + parent + ",upperdir=" + upper.string() +
+                       ",workdir=" + (layer / "work").string();
+  if (mount("overlay", parent.c_str(), "overlay", 0, options.c_str()) != 0) {
+    return Failure("cannot lay an overlay over " + parent);
+  }
+  mMounts.push_back(parent);
+  return std::nullopt;
+}
