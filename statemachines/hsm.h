@@ -21,6 +21,7 @@ template <typename H>
 class CHsm final : public IHsmInterface {
  public:
   using Definition = HsmDefinition<H>;
+  using State = TopState<CHsm>;
 
   explicit CHsm(std::shared_ptr<H> handler) : mHandler(std::move(handler)) {}
   CHsm(const CHsm&) = delete;
@@ -41,8 +42,10 @@ class CHsm final : public IHsmInterface {
   // posted. The futures of dropped events throw std::future_error.
   void DropQueuedEvents();
 
+  // The leaf that the machine is in; null before the first Run. For the machine's thread.
+  const State* CurrentState() const { return mState; }
+
  private:
-  using State = TopState<CHsm>;
   using Composite = CompState<CHsm, 0, CompState<CHsm, 0, State>>;
   template <typename, unsigned, typename>
   friend class LeafState;
@@ -126,7 +129,7 @@ void CHsm<H>::DropQueuedEvents() {
 
 template <typename H>
 void CHsm<H>::Initialize() noexcept {
-  LOG(Trace, "State {}: init", Definition::kName);
+  HsmTrace::Step(Definition::kName, "init");
   GoTo(Definition::kInitial);
 }
 

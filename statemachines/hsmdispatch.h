@@ -38,6 +38,9 @@ class CHsmDispatch {
         throw "leaves are listed in the order of their numbers";
       }
     }
+    if (Definition::kInitial < 1 || Definition::kInitial > kLeaves) {
+      throw "the initial leaf does not exist";
+    }
     Table table{};
     std::array<const CHsmEventType*, kEvents> types{};
     for (const Row& row : Definition::kRows) {

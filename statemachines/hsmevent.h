@@ -25,10 +25,16 @@ class IHsmEvent {
   // The verdict: true as soon as the machine reacts, false when it does not take the event. Once an
   // event; a poster takes it before posting. get() throws std::future_error (broken promise) where
   // the machine has dropped the event. Never wait on the machine's own thread.
-  std::future<bool> GetHandled() { return mHandled.get_future(); }
+  std::future<bool> GetHandled();
 
-  // For the machine: gives the verdict, once an event.
-  void SetHandled(bool handled) { mHandled.set_value(handled); }
+  // For the machine's thread: gives the verdict.
+  void SetHandled(bool handled) {
+    // Most events have no waiter, and fulfilling a promise costs a system call.
+    mVerdict = handled ? EVerdict::EHandled : EVerdict::EUnhandled;
+    if (mAwaited) {
+      Fulfil();
+    }
+  }
 
   // For the machine: breaks the promise, so that nobody waits for a verdict that will not come.
   void Drop() { const std::promise<bool> dropped(std::move(mHandled)); }
@@ -37,8 +43,15 @@ class IHsmEvent {
   explicit IHsmEvent(const CHsmEventType& type) : mType(&type) {}
 
  private:
+  enum class EVerdict : char { ENone, EUnhandled, EHandled };
+
+  void Fulfil();
+
   const CHsmEventType* const mType;
   std::promise<bool> mHandled;
+  // Handed from thread to thread with the event itself, by the machine's queue.
+  bool mAwaited = false;
+  EVerdict mVerdict = EVerdict::ENone;
 };
 
 // The names of a machine's events, kNames[N]; specialised for the machine's tag.

@@ -5,8 +5,8 @@
 #include <memory>
 #include <typeinfo>
 
-#include "platform/log/log.h"
 #include "statemachines/hsmdispatch.h"
+#include "statemachines/hsmtrace.h"
 
 template <typename M>
 class TopState {
@@ -38,14 +38,14 @@ class LeafState final : public Parent {
     if (!event) {
       throw std::bad_typeid();
     }
-    LOG(Trace, "State {}: event recv {}", Leaf().name, event->GetName());
+    HsmTrace::Step(Leaf().name, "event recv", *event);
     Handle(machine, *event);
   }
 
   unsigned GetId() const override { return N; }
 
   void Enter(M& machine) const override {
-    LOG(Trace, "State {}: entry", Leaf().name);
+    HsmTrace::Step(Leaf().name, "entry");
     if constexpr (Leaf().entry != nullptr) {
       Leaf().entry(machine.Handler(), machine);
     }
@@ -57,12 +57,12 @@ class LeafState final : public Parent {
   static void Handle(M& machine, IHsmEvent& event) {
     const auto* row = CHsmDispatch<Definition>::Find(N, event.GetType());
     if (row == nullptr) {
-      LOG(Trace, "State {}: event unhn {}", Definition::kName, event.GetName());
+      HsmTrace::Step(Definition::kName, "event unhn", event);
       event.SetHandled(false);
       return;
     }
-    LOG(Trace, "State {}: event hndl {}",
-        row->level == Definition::kAnyLeaf ? Definition::kName : Leaf().name, event.GetName());
+    HsmTrace::Step(row->level == Definition::kAnyLeaf ? Definition::kName : Leaf().name,
+                   "event hndl", event);
     // Before any action runs: whoever waits for the verdict goes on while the machine works.
     event.SetHandled(true);
     if (row->target == Definition::kStays) {
@@ -74,7 +74,7 @@ class LeafState final : public Parent {
   }
 
   static void Exit(M& machine) {
-    LOG(Trace, "State {}: exit", Leaf().name);
+    HsmTrace::Step(Leaf().name, "exit");
     if constexpr (Leaf().exit != nullptr) {
       Leaf().exit(machine.Handler(), machine);
     }

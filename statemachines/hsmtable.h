@@ -2,7 +2,6 @@
 // and one table of rows. All of it is constant data.
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <string_view>
 #include <tuple>
@@ -16,7 +15,7 @@ namespace HsmDetail {
 template <auto Action, typename H, typename... Payload>
 void Call(H& handler, IHsmInterface& machine, const Payload&... payload) {
   using A = decltype(Action);
-  if constexpr (std::is_same_v<A, std::nullptr_t>) {
+  if constexpr (std::is_null_pointer_v<A>) {
     // The row only takes the event.
   } else if constexpr (std::is_invocable_v<A, H&, const Payload&...>) {
     using Result = std::invoke_result_t<A, H&, const Payload&...>;
@@ -94,5 +93,7 @@ struct HsmTable {
   // What the machine does for an event: it goes to the target (exit and entry actions are the
   // leaves'), or it stays and calls the action, with the event's payload if the action takes one.
   template <unsigned Level, typename Event, unsigned Target, auto Action = nullptr>
-  static constexpr RowData Row{Level, &Event::kType, Target, &HsmDetail::React<H, Event, Action>};
+  requires(Target == kStays ||
+           std::is_null_pointer_v<decltype(Action)>) static constexpr RowData Row{
+      Level, &Event::kType, Target, &HsmDetail::React<H, Event, Action>};
 };
