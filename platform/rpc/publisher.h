@@ -120,10 +120,13 @@ class CPublisher {
     virtual void Push(typename CBacklog<Message>::Item item) = 0;
   };
 
+  // Told the number of subscribers at each change, under the publisher's lock.
+  using CountReporter = std::function<void(size_t)>;
+
   // Messages are kept for later subscribers until a newer one replaces them. Without retention
   // nothing is kept.
-  explicit CPublisher(Replaces replaces, bool retain = true)
-      : mReplaces(replaces), mRetain(retain) {}
+  explicit CPublisher(Replaces replaces, bool retain = true, CountReporter reportCount = {})
+      : mReplaces(replaces), mRetain(retain), mReportCount(std::move(reportCount)) {}
 
   Replaces GetReplaces() const { return mReplaces; }
 
@@ -148,16 +151,26 @@ class CPublisher {
       subscriber->Push({message, nullptr});
     }
     mSubscribers.push_back(subscriber);
+    ReportCount();
   }
 
   void Remove(ISubscriber* subscriber) {
     const std::lock_guard lock(mMutex);
-    std::erase(mSubscribers, subscriber);
+    if (std::erase(mSubscribers, subscriber) > 0) {
+      ReportCount();
+    }
   }
 
  private:
+  void ReportCount() const {
+    if (mReportCount) {
+      mReportCount(mSubscribers.size());
+    }
+  }
+
   const Replaces mReplaces;
   const bool mRetain;
+  const CountReporter mReportCount;
   std::mutex mMutex;
   std::vector<Message> mCurrent;           // guarded by mMutex
   std::vector<ISubscriber*> mSubscribers;  // guarded by mMutex

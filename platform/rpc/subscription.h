@@ -56,13 +56,25 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
     Open();
   }
 
-  void Stop() {
-    std::unique_lock lock(mMutex);
-    mStopping = true;
-    if (mStream) {
-      mStream->Cancel();
+  // The handler is not under way and is not called any more when this returns (from inside the
+  // handler: when the handler returns). The stream itself may take a moment longer to end.
+  void Cancel() {
+    {
+      const std::lock_guard lock(mMutex);
+      mStopping = true;
+      if (mStream) {
+        mStream->Cancel();
+      }
+      mAlarm.Cancel();
     }
-    mAlarm.Cancel();
+    const std::lock_guard handlerIsDone(mHandlerMutex);
+  }
+
+  // Cancels and waits for the end of the stream. The queue must have been stopped: a notification
+  // that waits in it keeps the stream.
+  void Stop() {
+    Cancel();
+    std::unique_lock lock(mMutex);
     mEnded.wait(lock, [this] { return !mStream && !mAlarmSet; });
   }
 
@@ -141,6 +153,7 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
   }
 
   void Deliver(const Notification& notification, Request& reply) {
+    const std::lock_guard handling(mHandlerMutex);
     {
       const std::lock_guard lock(mMutex);
       if (mStopping) {
@@ -198,6 +211,7 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
   const Handler mHandler;
   grpc::TemplatedGenericStub<Request, Notification> mStub;
 
+  std::recursive_mutex mHandlerMutex;  // held while the handler runs; taken before mMutex
   std::mutex mMutex;
   std::condition_variable mEnded;
   std::unique_ptr<CStream> mStream;  // guarded by mMutex

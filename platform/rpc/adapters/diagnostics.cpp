@@ -59,7 +59,12 @@ class CDiagnosticsAdapter final
  private:
   const std::shared_ptr<IDiagnostics> mService;
   const std::shared_ptr<DiagnosticsNotifications> mNotifications =
-      std::make_shared<DiagnosticsNotifications>(&IsSameSignal);
+      std::make_shared<DiagnosticsNotifications>(
+          &IsSameSignal, true, [service = std::weak_ptr(mService)](size_t count) {
+            if (const auto owner = service.lock()) {
+              owner->OnSubscribers(count);
+            }
+          });
 };
 
 class CDiagnosticsClient final : public IDiagnostics {

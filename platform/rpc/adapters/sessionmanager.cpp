@@ -47,7 +47,12 @@ class CSessionManagerAdapter final
   const std::shared_ptr<ISessionManager> mService;
   const std::shared_ptr<CPublisher<ipc::MConnectorStateNotification>> mStates =
       std::make_shared<CPublisher<ipc::MConnectorStateNotification>>(
-          [](const auto&, const auto&) { return true; });
+          [](const auto&, const auto&) { return true; }, true,
+          [service = std::weak_ptr(mService)](size_t count) {
+            if (const auto owner = service.lock()) {
+              owner->OnSubscribers(count);
+            }
+          });
 };
 
 class CSessionManagerClient final : public ISessionManager {

@@ -25,7 +25,7 @@ class CSubscriber {
 
   ~CSubscriber() {
     if (mSubscription) {
-      mSubscription->Stop();
+      mSubscription->Cancel();
     }
   }
 

@@ -1,6 +1,7 @@
 // The diagnostics service: takes the signals of all processes, notifies errors and warnings.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
 #include "platform/ipc/diagnostics.pb.h"
@@ -26,4 +27,8 @@ class IDiagnostics {
   // Replaces the callback; an empty one ends the subscription's effect. When this returns, no call
   // of the callback before it is under way (unless it was called from that callback).
   virtual void SetNotificationCallback(NotificationCallback callback) = 0;
+
+  // Serving end: told by the RPC layer how many are subscribed, at each change, on any of its
+  // threads. Must neither block nor call back.
+  virtual void OnSubscribers(std::size_t /*count*/) {}
 };

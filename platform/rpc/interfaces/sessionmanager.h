@@ -1,6 +1,7 @@
 // The session manager: what goes on at the connector.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
 #include "platform/ipc/sessionmanager.pb.h"
@@ -22,4 +23,8 @@ class ISessionManager {
   // Replaces the one callback; an empty one ends it. When this returns, no call of the callback
   // before it is under way (unless it was called from that callback).
   virtual void SetConnectorStateCallback(ConnectorStateCallback callback) = 0;
+
+  // Serving end: told by the RPC layer how many are subscribed, at each change, on any of its
+  // threads. Must neither block nor call back.
+  virtual void OnSubscribers(std::size_t /*count*/) {}
 };
