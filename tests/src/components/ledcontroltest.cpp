@@ -208,8 +208,9 @@ TEST_F(ALedControl, StampsItsReportWithTheTimeOfTheChange) {
   const auto before = std::chrono::system_clock::now();
   mControl->SetMainLed(ELedColor::EBlue, ELedMode::EOn);
   const auto after = std::chrono::system_clock::now();
-  ASSERT_EQ(mDiagnostics->Sent().size(), 1u);
-  const auto& stamp = mDiagnostics->Sent().front().timestamp();
+  const auto sent = mDiagnostics->Sent();
+  ASSERT_EQ(sent.size(), 1u);
+  const ipc::MTimestamp& stamp = sent.front().timestamp();
   const std::chrono::sys_time<std::chrono::microseconds> time(
       std::chrono::seconds(stamp.seconds()) + std::chrono::microseconds(stamp.microseconds()));
   EXPECT_GE(time, std::chrono::floor<std::chrono::microseconds>(before));
