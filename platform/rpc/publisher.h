@@ -67,20 +67,21 @@ class CBacklog {
   ~CBacklog() { Clear(); }
 
   void Push(Item item) {
-    if (mItems.size() == kLimit) {
-      auto victim = mItems.begin();
-      for (auto each = mItems.begin(); each != mItems.end(); ++each) {
-        if (std::any_of(std::next(each), mItems.end(), [&](const Item& newer) {
-              return mReplaces(each->message, newer.message);
-            })) {
-          victim = each;
-          break;
-        }
-      }
-      Complete(*victim);
-      mItems.erase(victim);
-    }
     mItems.push_back(std::move(item));
+    if (mItems.size() <= kLimit) {
+      return;
+    }
+    auto victim = mItems.begin();
+    for (auto each = mItems.begin(); each != mItems.end(); ++each) {
+      if (std::any_of(std::next(each), mItems.end(), [&](const Item& newer) {
+            return mReplaces(each->message, newer.message);
+          })) {
+        victim = each;
+        break;
+      }
+    }
+    Complete(*victim);
+    mItems.erase(victim);
   }
 
   bool IsEmpty() const { return mItems.empty(); }
