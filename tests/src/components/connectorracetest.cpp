@@ -12,6 +12,9 @@ using namespace std::chrono_literals;
 
 class ABusyConnector : public CConnectorFixture {
  protected:
+  // After each write another thread gets its chance to come in between.
+  ABusyConnector() { mHistory->OnAdd(std::this_thread::yield); }
+
   // Runs the actions at the same time, each on a thread of its own.
   static void AtOnce(const std::vector<std::function<void()>>& actions) {
     std::barrier start(std::ssize(actions));

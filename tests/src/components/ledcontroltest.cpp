@@ -1,4 +1,5 @@
 #include <array>
+#include <barrier>
 #include <chrono>
 #include <future>
 #include <stdexcept>
@@ -274,7 +275,10 @@ TEST_F(ALedControl, GoesOnWhileAReportHangsAndReportsInTheOrderOfTheChanges) {
 TEST_F(ALedControl, NeverMixesTheWritesOfTwoOperations) {
   mControl->SetMainLed(ELedColor::EWhite, ELedMode::EOn);
   mHistory->Take();
-  const auto write = [this](uint8_t percent) {
+  mHistory->OnAdd(std::this_thread::yield);
+  std::barrier start(2);
+  const auto write = [&](uint8_t percent) {
+    start.arrive_and_wait();
     for (int round = 0; round < 200; ++round) {
       mControl->SetBrightness(percent);
     }
