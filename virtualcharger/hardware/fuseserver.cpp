@@ -24,9 +24,8 @@ namespace {
 
 using Trees = CFuseServer::Trees;
 
-// A blocked attribute holds one thread, so there are as many as there are attributes to block, and
-// one more.
-constexpr int kThreads = 24;
+// A blocked attribute holds one thread: more than a charger has attributes.
+constexpr int kThreads = 32;
 
 struct STarget {
   IFileTree* tree = nullptr;
@@ -41,20 +40,35 @@ struct SOpening {
   std::string text{};  // guarded by mutex
 };
 
-const Trees& ServedTrees() {
-  return *static_cast<const Trees*>(fuse_get_context()->private_data);
+// What the operations work on: libfuse's private data.
+struct SServed {
+  const Trees trees;
+  std::mutex mutex{};
+  // Guarded by mutex. Those still open at the end go with it.
+  std::map<SOpening*, std::unique_ptr<SOpening>> openings{};
+};
+
+SServed& Served() {
+  return *static_cast<SServed*>(fuse_get_context()->private_data);
 }
 
 STarget Find(std::string path) {
   path.erase(0, 1);
   const auto slash = path.find('/');
-  const auto found = ServedTrees().find(path.substr(0, slash));
-  if (found == ServedTrees().end()) return {};
+  const auto found = Served().trees.find(path.substr(0, slash));
+  if (found == Served().trees.end()) return {};
   return {found->second.get(), slash == std::string::npos ? "" : path.substr(slash + 1)};
 }
 
 bool IsRoot(const char* path) {
   return std::string_view(path) == "/";
+}
+
+std::optional<IFileTree::SNode> LookUp(const char* path) {
+  if (IsRoot(path)) return IFileTree::SNode{true, false};
+  const auto target = Find(path);
+  if (target.tree == nullptr) return std::nullopt;
+  return target.tree->Look(target.path);
 }
 
 SOpening& Opening(const fuse_file_info* file) {
@@ -78,11 +92,7 @@ void* Initialise(fuse_conn_info* connection, fuse_config* configuration) {
 }
 
 int GetAttributes(const char* path, struct stat* status, fuse_file_info*) {
-  auto node = std::optional(IFileTree::SNode{true, false});
-  if (!IsRoot(path)) {
-    const auto target = Find(path);
-    node = target.tree == nullptr ? std::nullopt : target.tree->Look(target.path);
-  }
+  const auto node = LookUp(path);
   if (!node) return -ENOENT;
   *status = {};
   status->st_uid = geteuid();
@@ -101,7 +111,7 @@ int ReadFolder(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, fuse
                fuse_readdir_flags) {
   std::vector<std::string> names{".", ".."};
   if (IsRoot(path)) {
-    for (const auto& [name, tree] : ServedTrees()) names.push_back(name);
+    for (const auto& [name, tree] : Served().trees) names.push_back(name);
   } else {
     const auto target = Find(path);
     if (target.tree == nullptr) return -ENOENT;
@@ -128,13 +138,16 @@ int Open(const char* path, fuse_file_info* file) {
   if (const int error = target.tree->Open(target.path, forWriting, opening->handle); error != 0) {
     return -error;
   }
-  file->fh = reinterpret_cast<std::uint64_t>(opening.release());
+  file->fh = reinterpret_cast<std::uint64_t>(opening.get());
   file->direct_io = 1;
+  const std::lock_guard lock(Served().mutex);
+  Served().openings.emplace(opening.get(), std::move(opening));
   return 0;
 }
 
 int Release(const char*, fuse_file_info* file) {
-  const std::unique_ptr<SOpening> opening(&Opening(file));
+  const std::lock_guard lock(Served().mutex);
+  Served().openings.erase(&Opening(file));
   return 0;
 }
 
@@ -196,13 +209,13 @@ fuse_operations Operations() {
 // holds a file open, so the threads take turns in waiting for a request or for the stop.
 class CFuseServer::CSession {
  public:
-  explicit CSession(const Trees* trees) : mStop(eventfd(0, EFD_CLOEXEC)) {
+  explicit CSession(Trees trees) : mServed{std::move(trees)}, mStop(eventfd(0, EFD_CLOEXEC)) {
     fuse_set_log_func(LogLine);
     fuse_args arguments = FUSE_ARGS_INIT(0, nullptr);
     fuse_opt_add_arg(&arguments, "virtual-charger");
     fuse_opt_add_arg(&arguments, "-oallow_other,fsname=virtual-charger");
     const auto operations = Operations();
-    mFuse = fuse_new(&arguments, &operations, sizeof(operations), const_cast<Trees*>(trees));
+    mFuse = fuse_new(&arguments, &operations, sizeof(operations), &mServed);
     fuse_opt_free_args(&arguments);
   }
 
@@ -210,6 +223,7 @@ class CFuseServer::CSession {
   CSession& operator=(const CSession&) = delete;
 
   ~CSession() {
+    for (const auto& [name, tree] : mServed.trees) tree->Close();
     if (mMounted) {
       eventfd_write(mStop, 1);
       for (auto& thread : mThreads) thread.join();
@@ -248,6 +262,7 @@ class CFuseServer::CSession {
     }
   }
 
+  SServed mServed;
   const int mStop;
   fuse* mFuse = nullptr;
   bool mMounted = false;
@@ -255,16 +270,12 @@ class CFuseServer::CSession {
   std::vector<std::thread> mThreads;
 };
 
-CFuseServer::CFuseServer(Trees trees) : mTrees(std::make_shared<const Trees>(std::move(trees))) {}
+CFuseServer::CFuseServer(Trees trees) : mSession(std::make_unique<CSession>(std::move(trees))) {}
 
-CFuseServer::~CFuseServer() {
-  for (const auto& [name, tree] : *mTrees) tree->Close();
-}
+CFuseServer::~CFuseServer() = default;
 
 std::optional<std::string> CFuseServer::Start(const std::string& mountPoint) {
-  mSession = std::make_unique<CSession>(mTrees.get());
   if (mSession->Start(mountPoint)) return std::nullopt;
   const auto error = std::error_code(errno, std::generic_category()).message();
-  mSession.reset();
   return "cannot mount the virtual hardware on " + mountPoint + ": " + error;
 }

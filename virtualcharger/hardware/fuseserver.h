@@ -27,6 +27,5 @@ class CFuseServer {
  private:
   class CSession;
 
-  const std::shared_ptr<const Trees> mTrees;
-  std::unique_ptr<CSession> mSession;
+  const std::unique_ptr<CSession> mSession;
 };

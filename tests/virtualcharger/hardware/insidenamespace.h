@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 
@@ -25,8 +26,8 @@ inline void RunInsideNamespace(const std::function<void()>& body) {
       _exit(written < 0 ? 1 : 0);
     }
     body();
-    std::fflush(nullptr);
-    _exit(::testing::Test::HasFailure() ? 1 : 0);
+    // Not _exit: the sanitizers give their verdict on the way out.
+    std::exit(::testing::Test::HasFailure() ? 1 : 0);
   }
   close(reason[1]);
   std::string text(1024, '\0');
