@@ -47,7 +47,7 @@ void CWorker::NonBlockingCall(Call call) {
   mThread->Post(std::move(call), std::nullopt, std::chrono::nanoseconds::zero());
 }
 
-void CWorker::BlockingCall(Call call) {
+void CWorker::BlockingCall(const Call& call) {
   if (IsThisThread()) {
     call();
   } else if (!mThread->RunAndWait(call)) {

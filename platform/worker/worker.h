@@ -76,7 +76,7 @@ class CWorker {
   // As NonBlockingCall, and returns when the call has run; runs it directly on the worker's own
   // thread. Passes the call's exception on. Throws std::runtime_error where the worker does not run
   // or ends before the call's turn.
-  virtual void BlockingCall(Call call);
+  virtual void BlockingCall(const Call& call);
 
   // Runs the call at the start point and then every period (0: once).
   WorkerCallHandle AddCall(Call call, TimePoint start, std::chrono::nanoseconds period);

@@ -62,7 +62,7 @@ CWorkerThread::TimePoint NextDue(CWorkerThread::TimePoint due, std::chrono::nano
 }  // namespace
 
 CWorkerThread::CWorkerThread(std::string name, std::shared_ptr<ISteadyClock> clock)
-    : mName(name.substr(0, kThreadNameLimit)), mClock(std::move(clock)) {}
+    : mName(std::move(name)), mClock(std::move(clock)) {}
 
 void CWorkerThread::Start() {
   if (IsThisThread()) {
@@ -171,7 +171,7 @@ bool CWorkerThread::Sleep(std::chrono::nanoseconds duration) {
 
 void CWorkerThread::Run() {
   tCurrent = this;
-  pthread_setname_np(pthread_self(), mName.c_str());
+  pthread_setname_np(pthread_self(), mName.substr(0, kThreadNameLimit).c_str());
   Lock lock(mMutex);
   while (mActive) {
     if (mQueue.empty()) {

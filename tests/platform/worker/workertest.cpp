@@ -92,8 +92,11 @@ TEST_F(AWorker, SkipsThePeriodsThatARunTakes) {
     const auto begin = mClock->Now();
     SleepingWorker worker("worker", mClock);
     int runs = 0;
-    worker.AddCall([&] { mClock->Advance(++runs == 1 ? runTakes : 0ms); }, begin, 200ms);
+    worker.AddCall([&, takes = runTakes] { mClock->Advance(++runs == 1 ? takes : 0ms); }, begin,
+                   200ms);
     worker.Start();
+    worker.Sync();
+    // Once more, for what became due by the run itself.
     worker.Sync();
     if (runTakes < nextRun) {
       mClock->Advance(begin + nextRun - 1ms - mClock->Now());
