@@ -1,5 +1,4 @@
 // What the connector promises when several threads use it, and after any history.
-#include <barrier>
 #include <functional>
 #include <random>
 #include <thread>
@@ -14,21 +13,6 @@ class ABusyConnector : public CConnectorFixture {
  protected:
   // After each write another thread gets its chance to come in between.
   ABusyConnector() { mHistory->OnAdd(std::this_thread::yield); }
-
-  // Runs the actions at the same time, each on a thread of its own.
-  static void AtOnce(const std::vector<std::function<void()>>& actions) {
-    std::barrier start(std::ssize(actions));
-    std::vector<std::thread> threads;
-    for (const auto& action : actions) {
-      threads.emplace_back([&] {
-        start.arrive_and_wait();
-        action();
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
-  }
 };
 
 // The precedence once more, as plainly as it can be said.

@@ -3,10 +3,13 @@
 
 #include <gmock/gmock.h>
 
+#include <barrier>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/diagnostics/diagnosticscommclient.h"
@@ -47,6 +50,21 @@ class CLampFixture : public testing::Test {
 
   std::shared_ptr<CLedControl> CreateLedControl() {
     return std::make_shared<CLedControl>(Channel("red"), Channel("green"), Channel("blue"));
+  }
+
+  // Runs the actions at the same time, each on a thread of its own.
+  static void AtOnce(const std::vector<std::function<void()>>& actions) {
+    std::barrier start(std::ssize(actions));
+    std::vector<std::thread> threads;
+    for (const auto& action : actions) {
+      threads.emplace_back([&] {
+        start.arrive_and_wait();
+        action();
+      });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
   }
 
   // Colour and mode, for example "Yellow/Blink3", or "Dark"; "Mixed" when the lit channels differ.

@@ -1,5 +1,4 @@
 #include <array>
-#include <barrier>
 #include <chrono>
 #include <future>
 #include <stdexcept>
@@ -276,17 +275,12 @@ TEST_F(ALedControl, NeverMixesTheWritesOfTwoOperations) {
   mControl->SetMainLed(ELedColor::EWhite, ELedMode::EOn);
   mHistory->Take();
   mHistory->OnAdd(std::this_thread::yield);
-  std::barrier start(2);
-  const auto write = [&](uint8_t percent) {
-    start.arrive_and_wait();
+  const auto write = [this](uint8_t percent) {
     for (int round = 0; round < 200; ++round) {
       mControl->SetBrightness(percent);
     }
   };
-  std::thread dim(write, uint8_t{10});
-  std::thread bright(write, uint8_t{90});
-  dim.join();
-  bright.join();
+  AtOnce({[&] { write(10); }, [&] { write(90); }});
 
   const std::vector<std::string> lines = mHistory->Take();
   ASSERT_EQ(lines.size(), 2u * 200 * 6);
@@ -295,6 +289,17 @@ TEST_F(ALedControl, NeverMixesTheWritesOfTwoOperations) {
     EXPECT_EQ(lines[first], "red max_pattern_brightness=" + maximum);
     EXPECT_EQ(lines[first + 2], "green max_pattern_brightness=" + maximum);
     EXPECT_EQ(lines[first + 4], "blue max_pattern_brightness=" + maximum);
+  }
+}
+
+TEST_F(ALedControl, LightsOneColourWhenTwoAreAskedForAtOnce) {
+  mHistory->OnAdd(std::this_thread::yield);
+  for (int round = 0; round < 100; ++round) {
+    mControl->SetMainLed(ELedColor::EYellow, ELedMode::EOn);
+    AtOnce({[this] { mControl->SetMainLed(ELedColor::ERed, ELedMode::EOn); },
+            [this] { mControl->SetMainLed(ELedColor::EBlue, ELedMode::EFlashing); }});
+    ASSERT_THAT(Lamp(), testing::AnyOf("Red/On", "Blue/Flashing"));
+    ASSERT_EQ(Reports().back(), Lamp());
   }
 }
 
