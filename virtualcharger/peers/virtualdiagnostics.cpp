@@ -1,0 +1,153 @@
+#include "virtualcharger/peers/virtualdiagnostics.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "platform/rpc/communicationexception.h"
+#include "utils/signalcatalogue.h"
+
+namespace {
+
+using Type = ipc::MDiagnosticsNotificationType;
+
+constexpr int kFirstError = 1000;
+constexpr int kFirstWarning = 10000;
+constexpr int kFirstSecurityEvent = 20000;
+
+std::string Text(const ipc::MDiagnosticsData& data) {
+  switch (data.value_case()) {
+    case ipc::MDiagnosticsData::kBoolValue:
+      return data.bool_value() ? "true" : "false";
+    case ipc::MDiagnosticsData::kInt32Value:
+      return fmt::format("{}", data.int32_value());
+    case ipc::MDiagnosticsData::kUint32Value:
+      return fmt::format("{}", data.uint32_value());
+    case ipc::MDiagnosticsData::kInt64Value:
+      return fmt::format("{}", data.int64_value());
+    case ipc::MDiagnosticsData::kFloatValue:
+      return fmt::format("{}", data.float_value());
+    case ipc::MDiagnosticsData::kStringValue:
+      return data.string_value();
+    case ipc::MDiagnosticsData::VALUE_NOT_SET:
+      break;
+  }
+  return {};
+}
+
+ipc::MDiagnosticsSignal ErrorSignal(int identifier, bool on) {
+  ipc::MDiagnosticsSignal signal;
+  signal.set_identifier(static_cast<ipc::ESignalIdentifier>(identifier));
+  const auto* description = FindSignal(signal.identifier());
+  const bool ofConnector =
+      description != nullptr && description->category == ESignalCategory::EConnector;
+  signal.mutable_instance()->set_instance(ofConnector ? ipc::EInstanceTypeConnector1
+                                                      : ipc::EInstanceTypeAll);
+  signal.add_data()->set_bool_value(on);
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
+  signal.mutable_timestamp()->set_seconds(seconds.count());
+  signal.mutable_timestamp()->set_microseconds(static_cast<std::uint32_t>(
+      std::chrono::duration_cast<std::chrono::microseconds>(now - seconds).count()));
+  return signal;
+}
+
+}  // namespace
+
+std::optional<Type::Type> NotificationTypeOf(const ipc::MDiagnosticsSignal& signal) {
+  if (signal.data().empty()) {
+    return std::nullopt;
+  }
+  const auto& data = signal.data(0);
+  const int identifier = signal.identifier();
+  if (data.value_case() == ipc::MDiagnosticsData::kBoolValue && identifier >= kFirstError &&
+      identifier < kFirstSecurityEvent) {
+    return identifier < kFirstWarning ? Type::EError : Type::EWarning;
+  }
+  if (data.value_case() == ipc::MDiagnosticsData::kStringValue &&
+      identifier >= kFirstSecurityEvent) {
+    return Type::ECriticalSecurityEvent;
+  }
+  return std::nullopt;
+}
+
+std::string ValueText(const ipc::MDiagnosticsSignal& signal) {
+  std::string text;
+  for (const auto& data : signal.data()) {
+    text += (text.empty() ? "" : " ") + Text(data);
+  }
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char byte) { return byte < ' '; }, '?');
+  return text;
+}
+
+CVirtualDiagnostics::CVirtualDiagnostics(PeerEvents events) : mEvents(std::move(events)) {
+  mNotifier.Start();
+}
+
+ipc::MResult CVirtualDiagnostics::SendSignal(const ipc::MDiagnosticsSignal& signal) {
+  Store(signal);
+  if (const auto type = NotificationTypeOf(signal)) {
+    mNotifier.NonBlockingCall([this, signal, type] { Notify(signal, *type); });
+  }
+  return {};
+}
+
+ipc::MDiagnosticsSignal CVirtualDiagnostics::ReceiveSignal(
+    const ipc::MDiagnosticsRequest& request) {
+  const std::lock_guard lock(mMutex);
+  const auto last = mLast.find({request.identifier(), request.instance().instance()});
+  if (last == mLast.end()) {
+    const auto* description = FindSignal(request.identifier());
+    throw Rpc::CommunicationException(
+        fmt::format("Diagnostics: signal {} ({}) of instance {} has not been sent yet",
+                    static_cast<int>(request.identifier()),
+                    description == nullptr ? "not in the catalogue" : description->name,
+                    static_cast<int>(request.instance().instance())));
+  }
+  return last->second;
+}
+
+void CVirtualDiagnostics::SetNotificationCallback(NotificationCallback callback) {
+  const std::lock_guard lock(mMutex);
+  mTellSubscribers = std::move(callback);
+}
+
+void CVirtualDiagnostics::OnSubscribers(std::size_t count) {
+  mSubscribers = count;
+  mEvents("subscribers " + std::to_string(count));
+}
+
+std::string CVirtualDiagnostics::SetError(int identifier, bool on) {
+  const auto signal = ErrorSignal(identifier, on);
+  Store(signal);
+  std::string outcome;
+  mNotifier.BlockingCall([&] { outcome = Notify(signal, Type::EError); });
+  return outcome;
+}
+
+void CVirtualDiagnostics::Store(const ipc::MDiagnosticsSignal& signal) {
+  const std::lock_guard lock(mMutex);
+  mLast[{signal.identifier(), signal.instance().instance()}] = signal;
+  mEvents(fmt::format("signal {} {}", static_cast<int>(signal.identifier()), ValueText(signal)));
+}
+
+std::string CVirtualDiagnostics::Notify(const ipc::MDiagnosticsSignal& signal, Type::Type type) {
+  NotificationCallback tellSubscribers;
+  {
+    const std::lock_guard lock(mMutex);
+    tellSubscribers = mTellSubscribers;
+  }
+  if (!tellSubscribers) {
+    return std::string(kOutcomeNobody);
+  }
+  const bool nobody = mSubscribers == 0;
+  Type notification;
+  notification.set_type(type);
+  const auto reply = tellSubscribers(signal, notification);
+  if (reply.result() != ipc::EResultOk) {
+    return fmt::format("{} {}", kOutcomeRefused, reply.text());
+  }
+  return std::string(nobody ? kOutcomeNobody : kOutcomeOk);
+}
