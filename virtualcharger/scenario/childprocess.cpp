@@ -1,0 +1,87 @@
+#include "virtualcharger/scenario/childprocess.h"
+
+#include <fmt/format.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+
+namespace {
+
+constexpr int kCannotExecute = 127;
+
+// Other threads may hold any lock at the fork: between here and exec only what is
+// async-signal-safe.
+[[noreturn]] void BecomeProgram(char* const* arguments, const CChildProcess::SStandard& standard,
+                                pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(kCannotExecute);  // it had died before the line above
+  setpgid(0, 0);  // Ctrl-C is for the parent, which ends its children in order
+  dup2(standard.input, STDIN_FILENO);
+  dup2(standard.output, STDOUT_FILENO);
+  dup2(standard.error, STDERR_FILENO);
+  close_range(STDERR_FILENO + 1, UINT_MAX, 0);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  execv(arguments[0], arguments);
+  _exit(kCannotExecute);
+}
+
+pid_t Start(const std::vector<std::string>& command, const CChildProcess::SStandard& standard) {
+  std::vector<char*> arguments;
+  for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  const pid_t parent = getpid();
+  const pid_t pid = fork();
+  if (pid == 0) BecomeProgram(arguments.data(), standard, parent);
+  if (pid < 0) throw std::system_error(errno, std::generic_category(), "no new process");
+  return pid;
+}
+
+}  // namespace
+
+CChildProcess::CChildProcess(const std::vector<std::string>& command, const SStandard& standard)
+    : mPid(Start(command, standard)) {}
+
+CChildProcess::~CChildProcess() {
+  if (Ended()) return;
+  kill(mPid, SIGKILL);
+  while (waitpid(mPid, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+void CChildProcess::Signal(int signal) {
+  if (!Ended()) kill(mPid, signal);
+}
+
+void CChildProcess::Freeze() {
+  if (Ended() || mFrozen) return;
+  kill(mPid, SIGSTOP);
+  siginfo_t info{};
+  while (waitid(P_PID, static_cast<id_t>(mPid), &info, WSTOPPED | WEXITED | WNOWAIT) < 0 &&
+         errno == EINTR) {
+  }
+  mFrozen = info.si_code == CLD_STOPPED;
+}
+
+void CChildProcess::Thaw() {
+  Signal(SIGCONT);
+  mFrozen = false;
+}
+
+std::optional<int> CChildProcess::Ended() {
+  int status = 0;
+  if (!mStatus && waitpid(mPid, &status, WNOHANG) == mPid) mStatus = status;
+  return mStatus;
+}
+
+std::string DescribeEnd(int status) {
+  if (WIFEXITED(status)) return fmt::format("exit status {}", WEXITSTATUS(status));
+  return fmt::format("signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
+}

@@ -1,0 +1,32 @@
+// The command line of virtual-charger.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "virtualcharger/peers/peerprocess.h"
+
+struct SRunOptions {
+  std::string scenario;
+  bool checkOnly = false;
+  std::string daemon;
+  unsigned hz = 250;
+  bool showLog = false;
+  bool keepRoot = false;
+};
+
+struct SHelp {};
+struct SUsageError {
+  std::string text;
+};
+
+using Options = std::variant<SRunOptions, SPeerSettings, SHelp, SUsageError>;
+
+// The arguments without the program's name. The daemon is looked for beside this program unless the
+// arguments say otherwise.
+Options ParseOptions(const std::vector<std::string>& arguments, const std::string& programFolder);
+
+// What --help prints.
+std::string HelpText();

@@ -1,0 +1,26 @@
+// The charger's file tree for one run: the daemon's store, the sockets and the log files.
+#pragma once
+
+#include <string>
+
+class CPrivateRoot {
+ public:
+  // A new folder under $XDG_RUNTIME_DIR or /tmp, with the store in it. Throws std::runtime_error.
+  CPrivateRoot();
+  CPrivateRoot(const CPrivateRoot&) = delete;
+  CPrivateRoot& operator=(const CPrivateRoot&) = delete;
+
+  // Removes it, unless it is to be kept.
+  ~CPrivateRoot();
+
+  void Keep() { mKeep = true; }
+
+  // Without a slash at the end.
+  const std::string& Path() const { return mPath; }
+  std::string Store() const { return mPath + "/etc/ovra.json"; }
+  std::string Log(const std::string& process) const { return mPath + '/' + process + ".log"; }
+
+ private:
+  std::string mPath;
+  bool mKeep = false;
+};

@@ -1,0 +1,120 @@
+#include "virtualcharger/scenario/run.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+
+#include "virtualcharger/scenario/charger.h"
+#include "virtualcharger/scenario/interrupt.h"
+#include "virtualcharger/scenario/scenario.h"
+#include "virtualcharger/scenario/transcript.h"
+
+namespace {
+
+constexpr std::size_t kLastLines = 12;
+constexpr int kSignalled = 128;
+
+int Status(EExit exit) {
+  return static_cast<int>(exit);
+}
+
+std::string LastLines(const std::string& path) {
+  std::deque<std::string> last;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    last.push_back(line);
+    if (last.size() > kLastLines) last.pop_front();
+  }
+  return fmt::format("{}", fmt::join(last, "\n"));
+}
+
+// Does the steps one by one; what it was at when it failed is left for the message.
+class CRun {
+ public:
+  CRun(const SScenario& scenario, CCharger& charger, CTranscript& transcript)
+      : mScenario(scenario), mCharger(charger), mTranscript(transcript) {}
+
+  void Execute() {
+    mCharger.Start();
+    mTranscript.Header();
+    mTranscript.Step("(the charger is ready)", mCharger.View());
+    for (const auto& step : mScenario.steps) {
+      mStep = &step;
+      const auto note = step.action(mCharger);
+      mTranscript.Step(step.text, mCharger.View());
+      if (!note.empty()) mTranscript.Note(note);
+    }
+    mStep = nullptr;
+    mEnding = true;
+    mCharger.Stop();
+  }
+
+  std::string Place(const std::string& file) const {
+    if (mStep != nullptr) return fmt::format("{}:{}: {}", file, mStep->line, mStep->text);
+    return fmt::format("{}: {}", file, mEnding ? "the end of the run" : "the start of the charger");
+  }
+
+  // Shows the state at the failure in the columns of the others.
+  void ShowFailedStep() {
+    if (mStep != nullptr) mTranscript.Step(mStep->text, mCharger.View());
+  }
+
+ private:
+  const SScenario& mScenario;
+  CCharger& mCharger;
+  CTranscript& mTranscript;
+  const SStep* mStep = nullptr;
+  bool mEnding = false;
+};
+
+int RunScenario(const SRunOptions& options, const SScenario& scenario) {
+  CInterrupt interrupt;
+  CTranscript transcript(stdout);
+  CCharger charger({options.daemon, options.showLog}, options.hz, interrupt);
+  if (options.keepRoot) {
+    charger.Root().Keep();
+    transcript.Line(fmt::format("the run's folder: {}\n", charger.Root().Path()));
+  }
+  CRun run(scenario, charger, transcript);
+  try {
+    run.Execute();
+  } catch (const CCannotRun& cannot) {
+    fmt::print(stderr, "virtual-charger: {}\n", cannot.what());
+    return Status(EExit::CannotRun);
+  } catch (const CInterrupted& interrupted) {
+    fmt::print(stderr, "interrupted\n");
+    return kSignalled + interrupted.Signal();
+  } catch (const std::exception& failure) {
+    run.ShowFailedStep();
+    transcript.Failure("FAILED  " + run.Place(options.scenario), failure.what());
+    const auto lines = LastLines(charger.Root().Log("feedback"));
+    transcript.Failure("the daemon's last lines:", lines.empty() ? "(none)" : lines);
+    return Status(EExit::Failed);
+  }
+  transcript.Line(fmt::format("{} steps, all as expected\n", scenario.steps.size()));
+  return Status(EExit::AsExpected);
+}
+
+}  // namespace
+
+int Run(const SRunOptions& options) {
+  const auto scenario = ReadScenario(options.scenario);
+  for (const auto& error : scenario.errors) fmt::print(stderr, "{}\n", error);
+  if (!scenario.errors.empty()) return Status(EExit::Usage);
+  if (options.checkOnly) {
+    fmt::print("{}: {} steps, all understood\n", options.scenario, scenario.steps.size());
+    return Status(EExit::AsExpected);
+  }
+  if (access(options.daemon.c_str(), X_OK) != 0) {
+    fmt::print(stderr, "virtual-charger: no daemon at {}; build it with ./run --build\n",
+               options.daemon);
+    return Status(EExit::Usage);
+  }
+  auto absolute = options;
+  absolute.daemon = std::filesystem::absolute(options.daemon);
+  return RunScenario(absolute, scenario);
+}

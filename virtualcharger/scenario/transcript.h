@@ -1,0 +1,26 @@
+// What people read while a scenario runs: one line a step.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "virtualcharger/scenario/charger.h"
+
+// With colours on a terminal, unless NO_COLOR is set: then a swatch shows the lamp's light at its
+// brightest, elsewhere a word says whether there is any.
+class CTranscript {
+ public:
+  explicit CTranscript(std::FILE* output);
+  CTranscript(std::FILE* output, bool colours) : mOutput(output), mColours(colours) {}
+
+  void Header();
+  void Step(const std::string& text, const SView& view);
+  void Note(const std::string& text);
+  // Several lines are set in below the first one.
+  void Failure(const std::string& headline, const std::string& text);
+  void Line(const std::string& text);
+
+ private:
+  std::FILE* const mOutput;
+  const bool mColours;
+};
