@@ -57,17 +57,6 @@ TEST_F(ADeviceTree, RecordsEveryWriteWithItsResult) {
             "kelo:red:top/pattern '0 0 0 0' 0 3\n");
 }
 
-TEST_F(ADeviceTree, LetsAFaultedWriteChangeNothing) {
-  ASSERT_EQ(Write(kRed + "/pattern", "1000 0 1000 0"), 0);
-  for (const auto* name : {"EIO", "EACCES", "ENOENT", "EBUSY", "EINVAL", "short", "vanished"}) {
-    mFaults->Set(kRed, "pattern", *FaultNamed(name));
-    Write(kRed + "/pattern", "0 0 0 0");
-    mFaults->ClearAll();
-    EXPECT_EQ(Read(kRed + "/pattern"), "1000 0 1000 0\n") << name;
-    EXPECT_EQ(mLight.Describe(), (SLamp{"Red", "On"})) << name;
-  }
-}
-
 TEST_F(ADeviceTree, TakesOnePageOfAWrite) {
   EXPECT_EQ(Write(kRed + "/min_pattern_brightness", std::string(5000, '0')), 0);
   EXPECT_EQ(mAccepted, 4096U);

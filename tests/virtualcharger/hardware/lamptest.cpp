@@ -27,13 +27,7 @@ std::string Describe(const std::array<SChannelLight, 3>& channels) {
 // The texts that the charger writes.
 std::vector<std::pair<std::string, std::string>> Modes() {
   std::vector<std::pair<std::string, std::string>> modes{
-      {"On", kOn},
-      {"Pulsating", "1000 2500 0 2500 "},
-      {"Flashing", "1000 167 1000 0 0 167 0 0 "},
-      {"Blink1", "1000 250 1000 0 0 250 0 0 0 4500 0 0 "},
-      {"Blink3",
-       "1000 250 1000 0 0 250 0 0 1000 250 1000 0 0 250 0 0 1000 250 1000 0 0 250 0 0 "
-       "0 3500 0 0 "}};
+      {"On", kOn}, {"Pulsating", "1000 2500 0 2500 "}, {"Flashing", "1000 167 1000 0 0 167 0 0 "}};
   std::string pulses;
   for (int count = 1; count <= 10; ++count) {
     pulses += "1000 250 1000 0 0 250 0 0 ";
@@ -75,6 +69,7 @@ TEST(ALamp, IsMixedWhereTheChargerHasNoNameForTheLight) {
       {dark, Channel(kOn), Channel(kOn)},
       {Channel(kOn), Channel("1000 2500 0 2500 "), dark},
       {Channel(kOn), Channel(kOn, {0, 500}), dark},
+      {Channel(kOn), Channel(kOn, {3, 1000}), dark},
       {Channel(kDark, {3, 76}), Channel(kOn), dark},
       {Channel("500 0 500 0"), dark, dark},
       {Channel("1000 2500 0 2400 "), dark, dark},

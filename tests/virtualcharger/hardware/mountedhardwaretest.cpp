@@ -94,12 +94,18 @@ TEST(TheMountedHardware, BehavesAsTheKernelsAttributesDo) {
     EXPECT_EQ(ReadFile(kRed + "pattern"), "");
     EXPECT_EQ(WriteFile(kRed + "max_brightness", "5"), EACCES);
 
-    const int held = open((kRed + "pattern").c_str(), O_WRONLY);
-    EXPECT_EQ(WriteFile(kRed + "trigger", "none"), 0);
-    EXPECT_EQ(write(held, "1 2 3 4", 7), -1);
+    const int held = open((kRed + "pattern").c_str(), O_RDWR);
+    EXPECT_EQ(write(held, "1 22 333 4444", 13), 13);
+    char start[3];
+    EXPECT_EQ(pread(held, start, 3, 0), 3);
+    EXPECT_EQ(WriteFile(kRed + "pattern", "5 6 7 8"), 0);
+    char rest[16];
+    EXPECT_EQ(pread(held, rest, sizeof(rest), 3), 11) << "goes on with the text it began";
+    EXPECT_EQ(WriteFile(kRed + "trigger", "pattern"), 0);
+    EXPECT_EQ(write(held, "1 2 3 4", 7), -1) << "belongs to the attribute that was";
     EXPECT_EQ(errno, ENODEV);
     close(held);
-    EXPECT_EQ(world.history->End(), 6U) << "with the refused ones, without the first";
+    EXPECT_EQ(world.history->End(), 8U) << "with the refused ones, without the first";
   });
 }
 
