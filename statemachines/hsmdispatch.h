@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 
 #include "statemachines/hsmtable.h"
 
@@ -18,8 +19,12 @@ class CHsmDispatch {
     if (event.number >= kEvents) {
       return nullptr;
     }
-    const Row* row = kTable[leaf][event.number];
-    return row != nullptr && row->event == &event ? row : nullptr;
+    const unsigned entry = kTable[leaf][event.number];
+    if (entry == kNone) {
+      return nullptr;
+    }
+    const Row& row = Definition::kRows[entry - 1];
+    return row.event == &event ? &row : nullptr;
   }
 
  private:
@@ -30,9 +35,14 @@ class CHsmDispatch {
       1;
   static constexpr std::size_t kLeaves = Definition::kLeaves.size();
 
-  using Table = std::array<std::array<const Row*, kEvents>, kLeaves + 1>;
+  // A row's place in the table of rows, from 1. Not a pointer to it: with the undefined-behaviour
+  // sanitizer GCC takes no comparison of an address with null for constant.
+  using Entry = unsigned char;
+  static constexpr Entry kNone = 0;
+  using Table = std::array<std::array<Entry, kEvents>, kLeaves + 1>;
 
   static constexpr Table Build() {
+    static_assert(Definition::kRows.size() <= std::numeric_limits<Entry>::max());
     for (std::size_t i = 0; i < kLeaves; ++i) {
       if (Definition::kLeaves[i].number != i + 1) {
         throw "leaves are listed in the order of their numbers";
@@ -42,24 +52,24 @@ class CHsmDispatch {
       throw "the initial leaf does not exist";
     }
     Table table{};
-    std::array<const CHsmEventType*, kEvents> types{};
+    std::array<Entry, kEvents> seen{};
+    Entry entry = kNone;
     for (const Row& row : Definition::kRows) {
       const std::size_t number = row.event->number;
       if (row.level > kLeaves || row.target > kLeaves) {
         throw "a row names a leaf that does not exist";
       }
-      if (table[row.level][number] != nullptr) {
+      if (table[row.level][number] != kNone) {
         throw "two rows of a level take the same event";
       }
-      if (types[number] != nullptr && types[number] != row.event) {
+      if (seen[number] != kNone && Definition::kRows[seen[number] - 1U].event != row.event) {
         throw "two event types have the same number";
       }
-      types[number] = row.event;
-      table[row.level][number] = &row;
+      table[row.level][number] = seen[number] = ++entry;
     }
     for (auto& leaf : table) {
       for (std::size_t number = 0; number < kEvents; ++number) {
-        if (leaf[number] == nullptr) {
+        if (leaf[number] == kNone) {
           leaf[number] = table[Definition::kAnyLeaf][number];
         }
       }

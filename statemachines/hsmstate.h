@@ -46,9 +46,7 @@ class LeafState final : public Parent {
 
   void Enter(M& machine) const override {
     HsmTrace::Step(Leaf().name, "entry");
-    if constexpr (Leaf().entry != nullptr) {
-      Leaf().entry(machine.Handler(), machine);
-    }
+    Leaf().entry(machine.Handler(), machine);
   }
 
  private:
@@ -75,8 +73,6 @@ class LeafState final : public Parent {
 
   static void Exit(M& machine) {
     HsmTrace::Step(Leaf().name, "exit");
-    if constexpr (Leaf().exit != nullptr) {
-      Leaf().exit(machine.Handler(), machine);
-    }
+    Leaf().exit(machine.Handler(), machine);
   }
 };

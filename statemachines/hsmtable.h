@@ -66,8 +66,8 @@ struct HsmTable {
   struct Leaf {
     unsigned number;
     std::string_view name;
-    LeafAction entry = nullptr;
-    LeafAction exit = nullptr;
+    LeafAction entry = &Do<>;
+    LeafAction exit = &Do<>;
   };
 
   struct RowData {
@@ -80,7 +80,7 @@ struct HsmTable {
   // A leaf's actions, in order. Each is a member function of H, a callback of H (skipped while it
   // is empty), a function that takes H&, or a member function of IHsmInterface.
   template <auto... Actions>
-  static void Do(H& handler, IHsmInterface& machine) {
+  static void Do([[maybe_unused]] H& handler, [[maybe_unused]] IHsmInterface& machine) {
     (HsmDetail::Call<Actions>(handler, machine), ...);
   }
 
@@ -90,10 +90,15 @@ struct HsmTable {
     (HsmDetail::Call<Actions>(handler, machine), ...);
   }
 
+  template <unsigned Level, typename Event, unsigned Target, auto Action>
+  static constexpr RowData MakeRow() {
+    static_assert(Target == kStays || std::is_null_pointer_v<decltype(Action)>,
+                  "on the way to a target only the leaves' exit and entry actions run");
+    return {Level, &Event::kType, Target, &HsmDetail::React<H, Event, Action>};
+  }
+
   // What the machine does for an event: it goes to the target (exit and entry actions are the
   // leaves'), or it stays and calls the action, with the event's payload if the action takes one.
   template <unsigned Level, typename Event, unsigned Target, auto Action = nullptr>
-  requires(Target == kStays ||
-           std::is_null_pointer_v<decltype(Action)>) static constexpr RowData Row{
-      Level, &Event::kType, Target, &HsmDetail::React<H, Event, Action>};
+  static constexpr RowData Row = MakeRow<Level, Event, Target, Action>();
 };
