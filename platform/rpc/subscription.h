@@ -192,7 +192,12 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
     mRefused = refused;
     mAlarmSet = true;
     mAlarm.Set(std::chrono::system_clock::now() + (refused ? kPauseAfterRefusal : kPause),
-               [self = this->shared_from_this()](bool) { self->OnAlarm(); });
+               // The alarm keeps this even after it has gone off.
+               [weak = this->weak_from_this()](bool) {
+                 if (const auto self = weak.lock()) {
+                   self->OnAlarm();
+                 }
+               });
   }
 
   void OnAlarm() {

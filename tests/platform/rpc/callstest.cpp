@@ -1,7 +1,5 @@
 // Unary calls between two hosts over real sockets.
 #include <gmock/gmock.h>
-#include <grpcpp/create_channel.h>
-#include <grpcpp/generic/generic_stub.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -16,6 +14,7 @@
 #include "platform/rpc/interfaces/logconfig.h"
 #include "platform/rpc/interfaces/meter.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/platform/rpc/rawcall.h"
 #include "tests/support/fakediagnostics.h"
 
 namespace {
@@ -68,12 +67,17 @@ TEST_F(AService, CarriesRequestsAndAnswersUnchanged) {
   class LogConfig : public ILogConfig {
    public:
     ipc::MResult SetLogConfig(const ipc::MLogConfig& config) override {
+      const std::lock_guard lock(mMutex);
       mConfig = config;
       return Result(ipc::EResultOk);
     }
-    ipc::MLogConfig GetLogConfig() override { return mConfig; }
+    ipc::MLogConfig GetLogConfig() override {
+      const std::lock_guard lock(mMutex);
+      return mConfig;
+    }
 
    private:
+    std::mutex mMutex;
     ipc::MLogConfig mConfig;
   };
   class Meter : public IMeter {
@@ -229,9 +233,9 @@ TEST_F(AService, ThatThrowsFailsItsCallerAndGoesOn) {
 }
 
 TEST_F(AService, RefusesWhatItsHandlerCouldNotTakeNamingTheField) {
-  std::atomic<int> calls = 0;
-  Serve([&](const auto&, const auto&) {
-    ++calls;
+  const auto calls = std::make_shared<std::atomic<int>>(0);
+  Serve([calls](const auto&, const auto&) {
+    ++*calls;
     return Result(ipc::EResultOk);
   });
   const auto feedback = mClient.Client<IFeedback>("Feedback");
@@ -239,7 +243,7 @@ TEST_F(AService, RefusesWhatItsHandlerCouldNotTakeNamingTheField) {
     EXPECT_THAT(FailureOf([&] { feedback->TriggerFeedbackEvent({}, Instance(instance)); }),
                 HasSubstr("instance: " + std::to_string(instance)));
   }
-  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(*calls, 0);
 }
 
 TEST_F(AService, RefusesAMessageOverTheLimitAndServesTheNextOne) {
@@ -257,26 +261,18 @@ TEST_F(AService, RefusesAMessageOverTheLimitAndServesTheNextOne) {
 }
 
 TEST_F(AService, SurvivesBytesThatAreNoMessage) {
-  std::atomic<int> calls = 0;
-  Serve([&](const auto&, const auto&) {
-    ++calls;
+  const auto calls = std::make_shared<std::atomic<int>>(0);
+  Serve([calls](const auto&, const auto&) {
+    ++*calls;
     return Result(ipc::EResultOk);
   });
-  const auto channel = grpc::CreateChannel("unix:" + mDirectory.Socket("Feedback"),
-                                           grpc::InsecureChannelCredentials());
-  grpc::GenericStub stub(channel);
   for (const std::string& bytes : {std::string("\xff\xff\xff\xff\xff"), std::string(1000, '\0'),
                                    std::string("\x0a\x7f"), std::string("\x08\xff")}) {
-    const grpc::Slice slice(bytes);
-    const grpc::ByteBuffer request(&slice, 1);
-    grpc::ByteBuffer response;
-    grpc::ClientContext context;
-    std::promise<grpc::Status> answered;
-    stub.UnaryCall(&context, "/ipc.Feedback/TriggerFeedbackEvent", {}, &request, &response,
-                   [&](grpc::Status status) { answered.set_value(std::move(status)); });
-    EXPECT_FALSE(answered.get_future().get().ok()) << testing::PrintToString(bytes);
+    EXPECT_FALSE(
+        CallWithBytes(mDirectory.Socket("Feedback"), "/ipc.Feedback/TriggerFeedbackEvent", bytes))
+        << testing::PrintToString(bytes);
   }
-  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(*calls, 0);
   EXPECT_EQ(mClient.Client<IFeedback>("Feedback")->TriggerFeedbackEvent({}, {}).result(),
             ipc::EResultOk);
 }
@@ -284,10 +280,10 @@ TEST_F(AService, SurvivesBytesThatAreNoMessage) {
 TEST_F(AService, AnswersWhileAllButOneOfAConnectionsCallsAreBlocked) {
   std::promise<void> release;
   const auto released = release.get_future().share();
-  std::atomic<int> inside = 0;
-  Serve([&, released](const auto& event, const auto&) {
+  const auto inside = std::make_shared<std::atomic<int>>(0);
+  Serve([inside, released](const auto& event, const auto&) {
     if (event.event() == ipc::EFbEventTypeAuthSuccess) {
-      ++inside;
+      ++*inside;
       released.wait();
     }
     return Result(ipc::EResultOk);
@@ -306,7 +302,7 @@ TEST_F(AService, AnswersWhileAllButOneOfAConnectionsCallsAreBlocked) {
   for (auto& each : blocked) {
     EXPECT_EQ(each.get().result(), ipc::EResultOk);
   }
-  EXPECT_EQ(inside, 31);
+  EXPECT_EQ(*inside, 31);
 }
 
 TEST_F(AService, ThatIsStoppingFailsCallsThatWaitForAPeer) {

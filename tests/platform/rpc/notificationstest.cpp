@@ -146,8 +146,8 @@ TEST_F(ASubscription, DoesNotHoldUpTheServiceWhenItDoesNotReply) {
     released.wait();
   });
   Arrivals<int> healthy;
+  std::shared_ptr<ISessionManager> other;
   RunningHost second(mDirectory, [&](Host& host) {
-    static std::shared_ptr<ISessionManager> other;
     other = host.CreateClient<ISessionManager>("SessionManager")->GetInterface();
     other->SetConnectorStateCallback(
         [&](const ipc::MConnectorState& state) { healthy.Add(state.state()); });
