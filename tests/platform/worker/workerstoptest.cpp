@@ -1,6 +1,7 @@
 // How a worker ends: by whom, in the middle of what, and what becomes of the calls that wait.
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -108,29 +109,60 @@ TEST_F(AnEndingWorker, RefusesBlockingCallsWhenItDoesNotRun) {
   EXPECT_THAT(mRuns, ElementsAre());
 }
 
+// Tells how many calls have been posted to a worker that is busy: each asks for the time once.
+class AskedClock : public ManualClock {
+ public:
+  TimePoint Now() const override {
+    ++mAsked;
+    return ManualClock::Now();
+  }
+
+  mutable std::atomic<int> mAsked{0};
+};
+
 TEST_F(AnEndingWorker, FailsTheBlockingCallsThatStillWait) {
-  // Many rounds, because a call may be posted before the end or after it, and fails either way.
-  for (int round = 0; round < 40; ++round) {
-    const bool kill = round % 2 == 0;
-    SleepingWorker worker("worker", mClock);
+  const struct {
+    const char* mName;
+    bool mByItsOwnCall;
+    void (*mEnd)(CWorker&);
+  } cases[] = {
+      {"stopped", false, [](CWorker& worker) { worker.Stop(); }},
+      {"killed", false, [](CWorker& worker) { worker.EmergencyKill(); }},
+      {"stopped by its own call", true, [](CWorker& worker) { worker.Stop(); }},
+  };
+  for (const auto& ending : cases) {
+    SCOPED_TRACE(ending.mName);
+    const auto clock = std::make_shared<AskedClock>();
+    SleepingWorker worker("worker", clock);
     std::promise<void> begun;
     std::promise<void> release;
     worker.NonBlockingCall([&] {
       begun.set_value();
       release.get_future().wait();
+      if (ending.mByItsOwnCall) {
+        ending.mEnd(worker);
+      }
     });
     worker.Start();
     begun.get_future().wait();
+    clock->mAsked = 0;
     std::thread waiting([&] {
       EXPECT_THROW(worker.BlockingCall([] { ADD_FAILURE() << "ran"; }), std::runtime_error);
     });
     std::thread syncing([&] { worker.Sync(); });
-    std::thread ending([&] { kill ? worker.EmergencyKill() : worker.Stop(); });
-    while (worker.IsRunning()) {
+    while (clock->mAsked < 2) {
+      std::this_thread::yield();
+    }
+    std::thread outside([&] {
+      if (!ending.mByItsOwnCall) {
+        ending.mEnd(worker);
+      }
+    });
+    while (!ending.mByItsOwnCall && worker.IsRunning()) {
       std::this_thread::yield();
     }
     release.set_value();
-    for (std::thread* thread : {&waiting, &syncing, &ending}) {
+    for (std::thread* thread : {&waiting, &syncing, &outside}) {
       thread->join();
     }
   }
