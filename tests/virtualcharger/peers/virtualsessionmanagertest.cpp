@@ -1,0 +1,104 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+
+#include "tests/platform/rpc/hosts.h"
+#include "virtualcharger/peers/virtualsessionmanager.h"
+
+namespace {
+
+using testing::Optional;
+
+constexpr auto kName = "SessionManager";
+
+class AVirtualSessionManager : public testing::Test {
+ protected:
+  std::shared_ptr<CVirtualSessionManager> Serve(int state) {
+    auto service = std::make_shared<CVirtualSessionManager>(
+        state, [this](const std::string& event) { mEvents.Add(event); });
+    mServer.emplace(mDirectory,
+                    [&](Host& host) { host.AddService<ISessionManager>(kName, service); });
+    return service;
+  }
+
+  void Subscribe(std::function<void(int)> handler) {
+    mClient.emplace(mDirectory);
+    mSessionManager = mClient->Client<ISessionManager>(kName);
+    mSessionManager->SetConnectorStateCallback(
+        [handler = std::move(handler)](const ipc::MConnectorState& state) {
+          handler(state.state());
+        });
+  }
+
+  Arrivals<std::string> mEvents;
+  const SocketDirectory mDirectory;
+  std::optional<RunningHost> mServer;
+  std::optional<RunningHost> mClient;
+  std::shared_ptr<ISessionManager> mSessionManager;
+};
+
+TEST_F(AVirtualSessionManager, TellsANewSubscriberTheStateThatItBeganWith) {
+  Serve(6);
+  Arrivals<int> heard;
+  Subscribe([&](int state) { heard.Add(state); });
+  EXPECT_THAT(heard.Next(), Optional(6));
+  EXPECT_EQ(mSessionManager->GetConnectorInfo({}).state().state(), ipc::EConnectorStateCharging);
+}
+
+TEST_F(AVirtualSessionManager, IsDoneWhenTheSubscriberHasHandledTheState) {
+  const auto service = Serve(1);
+  std::atomic<int> shown = 0;
+  Arrivals<int> heard;
+  Subscribe([&](int state) {
+    heard.Add(state);
+    shown = state;
+  });
+  ASSERT_THAT(heard.Next(), Optional(1));
+  for (const int state : {5, 5, 42}) {
+    EXPECT_EQ(service->SetConnectorState(state), kOutcomeOk);
+    EXPECT_EQ(shown, state);
+    EXPECT_THAT(heard.Next(), Optional(state));
+  }
+}
+
+TEST_F(AVirtualSessionManager, SaysThatNobodyIsSubscribedAndTellsTheNextSubscriber) {
+  const auto service = Serve(1);
+  EXPECT_EQ(service->SetConnectorState(4), kOutcomeNobody);
+  Arrivals<int> heard;
+  Subscribe([&](int state) { heard.Add(state); });
+  EXPECT_THAT(heard.Next(), Optional(4));
+}
+
+TEST_F(AVirtualSessionManager, CountsItsSubscribers) {
+  Serve(1);
+  Subscribe([](int) {});
+  EXPECT_THAT(mEvents.Next(), Optional(std::string("subscribers 1")));
+  mClient.reset();
+  EXPECT_THAT(mEvents.Next(), Optional(std::string("subscribers 0")));
+}
+
+TEST_F(AVirtualSessionManager, IsLateWithASubscriberThatDoesNotReply) {
+  const auto service = Serve(1);
+  Arrivals<int> heard;
+  std::promise<void> release;
+  const auto released = release.get_future().share();
+  Subscribe([&](int state) {
+    heard.Add(state);
+    if (state != 1) released.wait();
+  });
+  ASSERT_THAT(heard.Next(), Optional(1));
+  EXPECT_EQ(service->SetConnectorState(5), kOutcomeLate);
+  release.set_value();
+}
+
+TEST_F(AVirtualSessionManager, AgreesToAnAuthorizationAndReportsIt) {
+  Serve(1);
+  mClient.emplace(mDirectory);
+  ipc::MAuthorizeRequest request;
+  request.set_id_token("card 7");
+  EXPECT_EQ(mClient->Client<ISessionManager>(kName)->Authorize(request).result(), ipc::EResultOk);
+  EXPECT_THAT(mEvents.Next(), Optional(std::string("authorize card 7")));
+}
+
+}  // namespace

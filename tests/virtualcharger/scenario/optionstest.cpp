@@ -1,0 +1,69 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "virtualcharger/scenario/options.h"
+#include "virtualcharger/scenario/steptable.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+Options Parse(const std::vector<std::string>& arguments) {
+  return ParseOptions(arguments, "/opt/bin");
+}
+
+TEST(TheCommandLine, RunsAScenarioWithTheDaemonBesideTheProgram) {
+  const auto run = std::get<SRunOptions>(Parse({"--scenario", "walk"}));
+  EXPECT_EQ(run.scenario, "walk");
+  EXPECT_EQ(run.daemon, "/opt/bin/feedback");
+  EXPECT_EQ(run.hz, 250U);
+  EXPECT_FALSE(run.checkOnly || run.showLog || run.keepRoot);
+}
+
+TEST(TheCommandLine, TakesItsOptionsInAnyOrder) {
+  const auto run = std::get<SRunOptions>(
+      Parse({"--log", "--hz", "1000", "--check", "walk", "--daemon", "/d", "--keep"}));
+  EXPECT_EQ(run.scenario, "walk");
+  EXPECT_EQ(run.daemon, "/d");
+  EXPECT_EQ(run.hz, 1000U);
+  EXPECT_TRUE(run.checkOnly && run.showLog && run.keepRoot);
+}
+
+TEST(TheCommandLine, BecomesAPeerForTheProgramItself) {
+  const auto peer =
+      std::get<SPeerSettings>(Parse({"--peer", "diagnostics", "--store", "/s", "--state", "6"}));
+  EXPECT_EQ(peer.name, "diagnostics");
+  EXPECT_EQ(peer.store, "/s");
+  EXPECT_EQ(peer.connectorState, 6);
+}
+
+TEST(TheCommandLine, SaysWhatIsWrongWithIt) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{}, "no scenario"},
+      {{"--log"}, "no scenario"},
+      {{"--scenario"}, "--scenario needs a value"},
+      {{"--scenaro", "x"}, R"("--scenaro" is not an option; did you mean "--scenario"?)"},
+      {{"walk"}, R"("walk" is not an option)"},
+      {{"--hz", "0", "--scenario", "x"}, R"(--hz: "0" is not a number from 1 to 100000)"},
+      {{"--hz", "12x", "--scenario", "x"}, R"(--hz: "12x" is not a number)"},
+      {{"--peer"}, "--peer needs a name"},
+  };
+  for (const auto& [arguments, text] : cases) {
+    const auto options = Parse(arguments);
+    ASSERT_TRUE(std::holds_alternative<SUsageError>(options)) << text;
+    EXPECT_THAT(std::get<SUsageError>(options).text, HasSubstr(text));
+  }
+}
+
+TEST(TheHelp, NamesEveryStepAndEveryOption) {
+  EXPECT_TRUE(std::holds_alternative<SHelp>(Parse({"--log", "--help"})));
+  const auto help = HelpText();
+  for (const auto& kind : StepKinds()) EXPECT_THAT(help, HasSubstr(std::string(kind.syntax)));
+  for (const auto* option : {"--scenario", "--check", "--daemon", "--hz", "--log", "--keep"}) {
+    EXPECT_THAT(help, HasSubstr(option));
+  }
+}
+
+}  // namespace

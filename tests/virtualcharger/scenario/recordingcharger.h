@@ -1,0 +1,51 @@
+// A charger that only writes down what steps do with it.
+#pragma once
+
+#include <fmt/format.h>
+
+#include <string>
+
+#include "virtualcharger/scenario/charger.h"
+
+class RecordingCharger : public ICharger {
+ public:
+  std::string mDone;
+
+  std::string SetConnector(int state) override { return Note("connector {}", state); }
+  std::string SetError(int identifier, bool on) override {
+    return Note("error {} {}", identifier, on);
+  }
+  void ExpectLamp(const SLamp& lamp, Limit within) override {
+    Note("lamp {} {}", LampWords(lamp), Text(within));
+  }
+  void ExpectSignal(int identifier, const std::string& text, Limit within) override {
+    Note("signal {} {} {}", identifier, text, Text(within));
+  }
+  void ExpectWrite(const std::string& channel, const std::string& attribute,
+                   const std::string& text) override {
+    Note("written {} {} {}", channel, attribute, text);
+  }
+  void ExpectNoWrite() override { Note("nothing"); }
+  void Mark() override { Note("mark"); }
+  void Control(EProcessAction action, const std::string& process) override {
+    Note("control {} {}", static_cast<int>(action), process);
+  }
+  void SetFault(const std::string& channel, const std::string& attribute,
+                const SFault& fault) override {
+    Note("fault [{}] [{}] kind {} error {} delay {} writes {}", channel, attribute,
+         static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes);
+  }
+  void Heal() override { Note("heal"); }
+  void Wait(std::chrono::milliseconds time) override { Note("wait {}", time.count()); }
+
+ private:
+  template <typename... Arguments>
+  std::string Note(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+    mDone = fmt::format(format, std::forward<Arguments>(arguments)...);
+    return "noted";
+  }
+
+  static std::string Text(const Limit& limit) {
+    return limit ? std::to_string(limit->count()) : "-";
+  }
+};
