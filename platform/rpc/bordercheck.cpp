@@ -41,9 +41,10 @@ std::string Check(const ipc::MAlive&) {
 }
 
 std::string Check(const ipc::MLogConfig& message) {
-  return ipc::ELogLevel_IsValid(message.level())
+  return !message.has_level() || ipc::ELogLevel_IsValid(message.level())
              ? ""
-             : fmt::format("level: {} is not a log level (0 trace to 6 off)", message.level());
+             : fmt::format("level: {} is not a log level (0 trace to 6 off)",
+                           static_cast<int>(message.level()));
 }
 
 std::string Check(const ipc::MFeedbackEvent& message) {

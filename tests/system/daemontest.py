@@ -1,0 +1,108 @@
+"""The daemon as a process: its command line, its sockets, its end."""
+
+import os
+import resource
+import signal
+import socket
+import subprocess
+import unittest
+
+import grpc
+from ipc import common_pb2, logconfig_pb2_grpc
+from processes import GENEROUS, Charger, interrupt
+
+USAGE = (
+    "usage: {program} [OPTION]\n"
+    "  -v, --verbose    increase verbosity  -q, --quiet      disable logging to console\n"
+    "  -r, --root=PATH  set the root directory;\n"
+    "                   defaults to '{root}'\n"
+    "  -h, --help       show this help message and exit\n\n")
+
+
+class TheDaemon(unittest.TestCase):
+    def setUp(self):
+        self.charger = Charger()
+        self.addCleanup(self.charger.close)
+
+    def answers(self, limit=GENEROUS):
+        """Whether its log service answers, to a new connection each time it is asked."""
+        with grpc.insecure_channel(self.charger.target("FeedbackLog")) as channel:
+            log = logconfig_pb2_grpc.LogConfigStub(channel)
+            log.GetLogConfig(common_pb2.MEmpty(), timeout=limit, wait_for_ready=True)
+        return True
+
+    def connections(self, count):
+        opened = []
+        for _ in range(count):
+            opened.append(socket.socket(socket.AF_UNIX))
+            opened[-1].connect(str(self.charger.socket("FeedbackLog")))
+        return opened
+
+    def test_explains_itself_and_stops(self):
+        program = os.environ["FEEDBACK"]
+        for options, root in ([["-h"], "/"], [["--help"], "/"], [["-s"], "/"], [["-x"], "/"],
+                              [["-r"], "/"], [["-r", "/x", "-h"], "/x"],
+                              [["-v", "-q", "--root=/y", "--nonsense"], "/y"]):
+            with self.subTest(options=options):
+                run = subprocess.run([program, *options], capture_output=True, text=True,
+                                     timeout=GENEROUS)
+                self.assertEqual(run.returncode, 1)
+                self.assertEqual(run.stdout, USAGE.format(program=program, root=root))
+
+    def test_ends_with_status_0_and_leaves_no_socket(self):
+        daemon = self.charger.daemon()
+        self.answers()
+        status, _ = interrupt(daemon)
+        self.assertEqual(status, 0)
+        self.assertEqual(os.listdir(self.charger.sockets), [])
+
+    def test_ends_also_when_its_peers_stand_still(self):
+        peers = [self.charger.peer("diagnostics"), self.charger.peer("session-manager")]
+        daemon = self.charger.daemon()
+        self.answers()
+        for peer in peers:
+            peer.send_signal(signal.SIGSTOP)
+        self.assertEqual(interrupt(daemon)[0], 0)
+
+    def test_refuses_to_be_a_second_one_and_names_the_first(self):
+        first = self.charger.daemon()
+        self.answers()
+        second = self.charger.daemon()
+        output, _ = second.communicate(timeout=GENEROUS)
+        self.assertNotEqual(second.returncode, 0)
+        self.assertIn(f"served already by process {first.pid} (feedback)", output)
+        self.assertNotIn("Failed to setup LEDs", output, "it left the lamp alone")
+        self.assertTrue(self.answers())
+        self.assertEqual(interrupt(first)[0], 0)
+
+    def test_starts_again_after_it_was_killed(self):
+        first = self.charger.daemon()
+        self.answers()
+        first.kill()
+        first.wait()
+        self.charger.daemon()
+        self.assertTrue(self.answers())
+
+    def test_answers_again_after_connections_took_all_its_descriptors(self):
+        def few_descriptors():
+            resource.setrlimit(resource.RLIMIT_NOFILE, (64, 64))
+
+        self.charger.daemon(preexec_fn=few_descriptors)
+        self.answers()
+        opened = self.connections(200)
+        self.assertTrue(self.answers(), "silent connections do not keep others out")
+        for each in opened:
+            each.close()
+        self.assertTrue(self.answers(limit=2))
+
+    def test_logs_to_the_console_unless_told_to_be_quiet(self):
+        for options, speaks in ([[], True], [["-q"], False], [["--quiet"], False]):
+            daemon = self.charger.daemon(*options)
+            self.answers()
+            status, output = interrupt(daemon)
+            self.assertEqual(status, 0)
+            self.assertEqual("Serving" in output, speaks, output)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,75 @@
+"""The daemon and its peers as processes, with their sockets and their store in a directory of the
+test's own. Needs neither FUSE nor namespaces: without LED devices the daemon still talks."""
+
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+# Nothing that works takes this long.
+GENEROUS = 30
+
+
+def wait_until(condition, what):
+    limit = time.monotonic() + GENEROUS
+    while time.monotonic() < limit:
+        result = condition()
+        if result:
+            return result
+        time.sleep(0.02)
+    raise AssertionError(f"waited {GENEROUS} s in vain for {what}")
+
+
+class Charger:
+    """A root directory for one daemon; everything that was started ends with it."""
+
+    def __init__(self):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="feedback-"))
+        self.sockets = self.root / "run"
+        self.store = self.root / "etc" / "ovra.json"
+        self.store.parent.mkdir()
+        self.store.write_text(
+            json.dumps({"communication": {"SocketDirectory": str(self.sockets)}})
+        )
+        self._children = []
+
+    def close(self):
+        for child in self._children:
+            child.kill()
+            child.communicate()
+        shutil.rmtree(self.root)
+
+    def daemon(self, *options, **arguments):
+        return self._start([os.environ["FEEDBACK"], "-r", f"{self.root}/", *options], **arguments)
+
+    def peer(self, name):
+        program = os.environ["VIRTUAL_CHARGER"]
+        return self._start([program, "--peer", name, "--store", str(self.store)])
+
+    def socket(self, name):
+        return self.sockets / name
+
+    def wait_for(self, name):
+        wait_until(self.socket(name).exists, f"the socket {name}")
+
+    def target(self, name):
+        self.wait_for(name)
+        return f"unix:{self.socket(name)}"
+
+    def _start(self, command, **arguments):
+        child = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            text=True, **arguments)
+        self._children.append(child)
+        return child
+
+
+def interrupt(child):
+    """Ends the process as the charger does; its exit status and what it said."""
+    child.send_signal(signal.SIGINT)
+    output, _ = child.communicate(timeout=GENEROUS)
+    return child.returncode, output
