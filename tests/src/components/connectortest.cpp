@@ -25,12 +25,6 @@ TEST_F(AConnector, ShowsTheDisabledLampUntilItIsEnabled) {
   EXPECT_EQ(Limits(), "0..1000");
 }
 
-TEST_F(AConnector, IsYellowWhenEnabledBeforeTheSessionManagerIsHeard) {
-  mConnector->Enable();
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  EXPECT_EQ(Limits(), "0..50");
-}
-
 TEST_F(AConnector, ShowsEachStateAndLeavesTheLampWhileTheStateChanges) {
   mConnector->Enable();
   for (int before = 0; before < std::ssize(kStateLamps); ++before) {
@@ -59,14 +53,6 @@ TEST_F(AConnector, TakesAnUnknownStateForAvailable) {
                     "received: " +
                         std::to_string(state)}));
   }
-}
-
-TEST_F(AConnector, WritesNothingWhenTheNewStateLooksLikeTheOldOne) {
-  mConnector->Enable();
-  mSessions->Notify(kAvailable);
-  mHistory->Take();
-  mSessions->Notify(4);
-  EXPECT_THAT(mHistory->Take(), IsEmpty());
 }
 
 TEST_F(AConnector, BlinksEachErrorInItsCode) {
@@ -109,14 +95,6 @@ TEST_F(AConnector, ShowsTheOldestErrorUntilItIsRemoved) {
   mConnector->RemoveError(1002);
   EXPECT_EQ(Lamp(), "Blue/Pulsating");
   EXPECT_EQ(Limits(), "3..76");
-}
-
-TEST_F(AConnector, RaisesTheFloorAgainForAnErrorThatItKnows) {
-  mConnector->AddError(1004);
-  mConnector->Enable();
-  EXPECT_EQ(Limits(), "0..50");
-  mConnector->AddError(1004);
-  EXPECT_EQ(Limits(), "0..100");
 }
 
 TEST_F(AConnector, IgnoresTheEndOfAnErrorThatItDoesNotKnow) {
@@ -190,16 +168,6 @@ TEST_F(AConnector, KeepsTheEventsLampWhenTheStateIsChangingAtItsEnd) {
   EXPECT_EQ(Lamp(), "Red/Flashing");
   mSessions->Notify(kCharging);
   EXPECT_EQ(Lamp(), "Blue/Pulsating");
-}
-
-TEST_F(AConnector, DisablesItsLampAlsoDuringAnEventButNotTheEventsHold) {
-  mConnector->ShowEvent(EConnectorEvent::EIdentify, 1000ms);
-  mConnector->Disable();
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  mConnector->AddError(1004);
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  Advance(1000ms);
-  EXPECT_EQ(Lamp(), "Red/Blink3");
 }
 
 TEST_F(AConnector, HoldsTheLampForAnUnknownEventToo) {

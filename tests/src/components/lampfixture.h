@@ -20,7 +20,7 @@
 #include "tests/support/logcapture.h"
 
 // "On", "Pulsating", "Flashing" or "Blink1" to "Blink10"; "" for dark; another pattern as it is.
-inline std::string ModeOfPattern(std::string pattern) {
+inline std::string ModeOfPattern(const std::string& pattern) {
   static const std::map<std::string, std::string> modes{{"0 0 0 0", ""},
                                                         {"1000 0 1000 0", "On"},
                                                         {"1000 2500 0 2500 ", "Pulsating"},

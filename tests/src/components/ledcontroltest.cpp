@@ -138,14 +138,6 @@ TEST_F(ALedControl, KeepsTheBrightnessThatItsFloorHides) {
   EXPECT_EQ(Limits(), "0..100");
 }
 
-TEST_F(ALedControl, TakesItsBrightnessToTheNextColour) {
-  mControl->SetBrightness(5);
-  mControl->SetMainLed(ELedColor::EBlue, ELedMode::EPulsating);
-  EXPECT_EQ(Limits(), "3..76");
-  mControl->SetMainLed(ELedColor::EGreen, ELedMode::EOn);
-  EXPECT_EQ(Limits(), "0..50");
-}
-
 TEST_F(ALedControl, TouchesNoFurtherChannelAfterOneThatFailed) {
   const struct {
     const char* name;
