@@ -59,24 +59,21 @@ std::vector<SAttribute> CPatternLed::Attributes() const {
 
 int CPatternLed::Read(std::string_view attribute, std::string& text) {
   const std::lock_guard lock(mMutex);
-  if (attribute == "brightness") {
-    text = Line(LightNow().level);
-  } else if (attribute == "max_brightness") {
-    text = Line(mMaxBrightness);
-  } else if (attribute == "trigger") {
-    text = mTriggered ? "none [pattern]\n" : "[none] pattern\n";
-  } else if (!mTriggered) {
-    return ENOENT;
-  } else if (attribute == "pattern") {
-    text = mPlayer ? PatternText(mPlayer->Steps()) : "";
-  } else if (attribute == "max_pattern_brightness") {
-    text = Line(mMaximum);
-  } else if (attribute == "min_pattern_brightness") {
-    text = Line(mMinimum);
-  } else {
-    return ENOENT;
-  }
+  auto value = Value(attribute);
+  if (!value) return ENOENT;
+  text = std::move(*value);
   return 0;
+}
+
+std::optional<std::string> CPatternLed::Value(std::string_view attribute) const {
+  if (attribute == "brightness") return Line(LightNow().level);
+  if (attribute == "max_brightness") return Line(mMaxBrightness);
+  if (attribute == "trigger") return mTriggered ? "none [pattern]\n" : "[none] pattern\n";
+  if (!mTriggered) return std::nullopt;
+  if (attribute == "pattern") return mPlayer ? PatternText(mPlayer->Steps()) : "";
+  if (attribute == "max_pattern_brightness") return Line(mMaximum);
+  if (attribute == "min_pattern_brightness") return Line(mMinimum);
+  return std::nullopt;
 }
 
 int CPatternLed::Write(std::string_view attribute, std::string_view text) {

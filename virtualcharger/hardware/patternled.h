@@ -43,6 +43,7 @@ class CPatternLed : public IDevice {
                                       ISteadyClock::TimePoint to) const;
 
  private:
+  std::optional<std::string> Value(std::string_view attribute) const;
   int WriteTrigger(std::string_view text);
   int WriteBrightness(std::string_view text);
   int WritePattern(std::string_view text);

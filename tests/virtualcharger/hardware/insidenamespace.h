@@ -26,7 +26,8 @@ inline void RunInsideNamespace(const std::function<void()>& body) {
       _exit(written < 0 ? 1 : 0);
     }
     body();
-    // Not _exit: the sanitizers give their verdict on the way out.
+    // Not _exit: the sanitizers give their verdict on the way out. The body has joined its threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
     std::exit(::testing::Test::HasFailure() ? 1 : 0);
   }
   close(reason[1]);
