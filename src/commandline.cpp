@@ -36,6 +36,7 @@ std::optional<CommandLine> ParseCommandLine(int argumentCount, char* arguments[]
   CommandLine commandLine;
   Log::ELogLevel level = Log::ELogLevel::EInfo;
   for (;;) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): before any thread is started
     const int option = getopt_long(argumentCount, arguments, "hqsvr:", kLongOptions, nullptr);
     switch (option) {
       case -1:

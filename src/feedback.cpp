@@ -66,7 +66,7 @@ CFeedback::~CFeedback() {
 void CFeedback::ConnectIDiagnostics() const {
   mDiagnostics->SetNotificationCallback(
       [connectors = mConnectors](const ipc::MDiagnosticsSignal& signal,
-                                 ipc::MDiagnosticsNotificationType type) {
+                                 const ipc::MDiagnosticsNotificationType& type) {
         if (type.type() == ipc::MDiagnosticsNotificationType::EError) {
           for (const auto& connector : connectors) {
             if (signal.data(0).bool_value()) {

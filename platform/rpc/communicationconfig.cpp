@@ -23,7 +23,7 @@ std::optional<uid_t> UserId(const std::string& user) {
   }
   passwd entry{};
   passwd* found = nullptr;
-  std::vector<char> buffer(16 * 1024);
+  std::vector<char> buffer(16'384);
   if (getpwnam_r(user.c_str(), &entry, buffer.data(), buffer.size(), &found) == 0 && found) {
     return found->pw_uid;
   }

@@ -73,9 +73,8 @@ class CBacklog {
     }
     auto victim = mItems.begin();
     for (auto each = mItems.begin(); each != mItems.end(); ++each) {
-      if (std::any_of(std::next(each), mItems.end(), [&](const Item& newer) {
-            return mReplaces(each->message, newer.message);
-          })) {
+      if (std::any_of(std::next(each), mItems.end(),
+                      [&](const Item& newer) { return mReplaces(each->message, newer.message); })) {
         victim = each;
         break;
       }

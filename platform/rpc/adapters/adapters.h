@@ -32,7 +32,7 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<IMeter> service);
 
 // The context outlives its clients' calls; see clientcontext.h.
 template <typename Interface>
-std::shared_ptr<Interface> MakeClient(std::shared_ptr<CClientContext> context,
-                                      std::shared_ptr<CServiceChannel> channel);
+std::shared_ptr<Interface> MakeClient(const std::shared_ptr<CClientContext>& context,
+                                      const std::shared_ptr<CServiceChannel>& channel);
 
 }  // namespace Rpc

@@ -30,7 +30,7 @@ class CDiagnosticsAdapter final
                                          ipc::MDiagnosticsNotificationType type) {
           ipc::MDiagnosticsNotification notification;
           *notification.mutable_signal() = signal;
-          *notification.mutable_type() = type;
+          *notification.mutable_type() = std::move(type);
           ipc::MResult result;
           if (!notifications->Publish(notification)->Wait(kReplyLimit, result)) {
             result.set_result(ipc::EResultIllegal);
@@ -59,12 +59,12 @@ class CDiagnosticsAdapter final
  private:
   const std::shared_ptr<IDiagnostics> mService;
   const std::shared_ptr<DiagnosticsNotifications> mNotifications =
-      std::make_shared<DiagnosticsNotifications>(
-          &IsSameSignal, true, [service = std::weak_ptr(mService)](size_t count) {
-            if (const auto owner = service.lock()) {
-              owner->OnSubscribers(count);
-            }
-          });
+      std::make_shared<DiagnosticsNotifications>(&IsSameSignal, true,
+                                                 [service = std::weak_ptr(mService)](size_t count) {
+                                                   if (const auto owner = service.lock()) {
+                                                     owner->OnSubscribers(count);
+                                                   }
+                                                 });
 };
 
 class CDiagnosticsClient final : public IDiagnostics {
@@ -105,8 +105,8 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<IDiagnostics> service
 }
 
 template <>
-std::shared_ptr<IDiagnostics> MakeClient(std::shared_ptr<CClientContext> context,
-                                         std::shared_ptr<CServiceChannel> channel) {
+std::shared_ptr<IDiagnostics> MakeClient(const std::shared_ptr<CClientContext>& context,
+                                         const std::shared_ptr<CServiceChannel>& channel) {
   return std::make_shared<CDiagnosticsClient>(context, channel);
 }
 

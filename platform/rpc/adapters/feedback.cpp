@@ -46,9 +46,9 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<IFeedback> service) {
 }
 
 template <>
-std::shared_ptr<IFeedback> MakeClient(std::shared_ptr<CClientContext>,
-                                      std::shared_ptr<CServiceChannel> channel) {
-  return std::make_shared<CFeedbackClient>(std::move(channel));
+std::shared_ptr<IFeedback> MakeClient(const std::shared_ptr<CClientContext>&,
+                                      const std::shared_ptr<CServiceChannel>& channel) {
+  return std::make_shared<CFeedbackClient>(channel);
 }
 
 }  // namespace Rpc

@@ -98,8 +98,8 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<IGenericControl> serv
 }
 
 template <>
-std::shared_ptr<IGenericControl> MakeClient(std::shared_ptr<CClientContext> context,
-                                            std::shared_ptr<CServiceChannel> channel) {
+std::shared_ptr<IGenericControl> MakeClient(const std::shared_ptr<CClientContext>& context,
+                                            const std::shared_ptr<CServiceChannel>& channel) {
   return std::make_shared<CGenericControlClient>(context, channel);
 }
 

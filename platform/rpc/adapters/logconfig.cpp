@@ -50,9 +50,9 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<ILogConfig> service) 
 }
 
 template <>
-std::shared_ptr<ILogConfig> MakeClient(std::shared_ptr<CClientContext>,
-                                       std::shared_ptr<CServiceChannel> channel) {
-  return std::make_shared<CLogConfigClient>(std::move(channel));
+std::shared_ptr<ILogConfig> MakeClient(const std::shared_ptr<CClientContext>&,
+                                       const std::shared_ptr<CServiceChannel>& channel) {
+  return std::make_shared<CLogConfigClient>(channel);
 }
 
 }  // namespace Rpc

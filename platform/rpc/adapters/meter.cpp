@@ -41,9 +41,9 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<IMeter> service) {
 }
 
 template <>
-std::shared_ptr<IMeter> MakeClient(std::shared_ptr<CClientContext>,
-                                   std::shared_ptr<CServiceChannel> channel) {
-  return std::make_shared<CMeterClient>(std::move(channel));
+std::shared_ptr<IMeter> MakeClient(const std::shared_ptr<CClientContext>&,
+                                   const std::shared_ptr<CServiceChannel>& channel) {
+  return std::make_shared<CMeterClient>(channel);
 }
 
 }  // namespace Rpc

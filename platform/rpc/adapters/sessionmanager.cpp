@@ -94,8 +94,8 @@ std::unique_ptr<grpc::Service> MakeService(std::shared_ptr<ISessionManager> serv
 }
 
 template <>
-std::shared_ptr<ISessionManager> MakeClient(std::shared_ptr<CClientContext> context,
-                                            std::shared_ptr<CServiceChannel> channel) {
+std::shared_ptr<ISessionManager> MakeClient(const std::shared_ptr<CClientContext>& context,
+                                            const std::shared_ptr<CServiceChannel>& channel) {
   return std::make_shared<CSessionManagerClient>(context, channel);
 }
 
