@@ -7,11 +7,12 @@
 #include <vector>
 
 #include "virtualcharger/peers/peerprocess.h"
+#include "virtualcharger/scenario/childprocess.h"
 #include "virtualcharger/scenario/options.h"
 #include "virtualcharger/scenario/run.h"
 
 int main(int argumentCount, char* arguments[]) {
-  const auto program = std::filesystem::read_symlink("/proc/self/exe");
+  const std::filesystem::path program = ThisProgram();
   const auto options = ParseOptions(
       std::vector<std::string>(arguments + 1, arguments + argumentCount), program.parent_path());
   if (const auto* peer = std::get_if<SPeerSettings>(&options)) return RunPeer(*peer, 0);

@@ -75,7 +75,8 @@ std::optional<Type::Type> NotificationTypeOf(const ipc::MDiagnosticsSignal& sign
 std::string ValueText(const ipc::MDiagnosticsSignal& signal) {
   std::string text;
   for (const auto& data : signal.data()) {
-    text += (text.empty() ? "" : " ") + Text(data);
+    if (!text.empty()) text += ' ';
+    text += Text(data);
   }
   std::replace_if(
       text.begin(), text.end(), [](unsigned char byte) { return byte < ' '; }, '?');

@@ -9,6 +9,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 
 namespace {
@@ -45,6 +46,11 @@ pid_t Start(const std::vector<std::string>& command, const CChildProcess::SStand
 }
 
 }  // namespace
+
+const std::string& ThisProgram() {
+  static const std::string path = std::filesystem::read_symlink("/proc/self/exe");
+  return path;
+}
 
 CChildProcess::CChildProcess(const std::vector<std::string>& command, const SStandard& standard)
     : mPid(Start(command, standard)) {}

@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+// The path of this program's own file. First asked for before the mounts change: in a root of its
+// own (chroot) the kernel names the file differently afterwards.
+const std::string& ThisProgram();
+
 // Threads: one, which lives as long as the child may.
 class CChildProcess {
  public:

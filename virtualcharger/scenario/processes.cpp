@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 #include <iostream>
 #include <sstream>
 #include <system_error>
@@ -169,8 +168,7 @@ void CProcesses::StartPeer(const std::string& name) {
   const CFile log(mRoot.Log(name), kAppend);
   auto& link = mPeers.at(name);
   link = std::make_unique<CPeerLink>(
-      std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe"), "--peer", name,
-                               "--store", mRoot.Store(), "--state",
+      std::vector<std::string>{ThisProgram(), "--peer", name, "--store", mRoot.Store(), "--state",
                                std::to_string(mConnectorState)},
       log.Get(), [this](int identifier, const std::string& text) {
         mSignals[identifier] = {text, std::chrono::steady_clock::now()};
