@@ -1,9 +1,14 @@
 #include "virtualcharger/scenario/transcript.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <limits>
+#include <numeric>
 #include <sstream>
 #include <string_view>
 
@@ -11,10 +16,11 @@
 
 namespace {
 
-// Together 118 columns.
 constexpr std::size_t kStepWidth = 32;
 constexpr std::size_t kLampWidth = 16;
-constexpr std::size_t kPatternWidth = 13;
+constexpr std::size_t kPatternWidth =
+    13;  // at least; a longer pattern takes what the line has left
+constexpr std::size_t kBeforePatterns = 6 + 1 + kStepWidth + 1 + 4 + 2 * (1 + kLampWidth) + 1;
 constexpr auto kIndent = "        ";
 constexpr auto kSay = "say ";
 
@@ -35,13 +41,36 @@ std::string Swatch(const SView& view, bool colours) {
   return fmt::format("\x1b[48;2;{};{};{}m    \x1b[0m", colour[0], colour[1], colour[2]);
 }
 
+// The terminal's width; elsewhere a line may be as long as it likes.
+std::size_t LineWidth(std::FILE* output) {
+  winsize size{};
+  return ioctl(fileno(output), TIOCGWINSZ, &size) == 0 && size.ws_col > 0
+             ? size.ws_col
+             : std::numeric_limits<std::size_t>::max();
+}
+
+// The longest gives way first.
+std::string FitPatterns(const std::array<std::string, 3>& patterns, std::size_t width) {
+  std::array<std::size_t, 3> widths{};
+  std::ranges::transform(patterns, widths.begin(), [](const std::string& pattern) {
+    return std::max(pattern.size(), kPatternWidth);
+  });
+  const std::size_t separators = widths.size() - 1;
+  for (auto longest = widths.end();
+       std::accumulate(widths.begin(), widths.end(), separators) > width; --*longest) {
+    longest = std::ranges::max_element(widths);
+    if (*longest == kPatternWidth) break;
+  }
+  std::string text = Fit(patterns[0], widths[0]) + '|' + Fit(patterns[1], widths[1]) + '|' +
+                     Fit(patterns[2], widths[2]);
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
 std::string Row(const std::string& time, const std::string& step, const std::string& swatch,
-                const std::string& lamp, const std::string& ledState, const std::string& red,
-                const std::string& green, const std::string& blue) {
-  return fmt::format("{:>6} {} {} {} {} {}|{}|{}\n", time, Fit(step, kStepWidth), swatch,
-                     Fit(lamp, kLampWidth), Fit(ledState, kLampWidth), Fit(red, kPatternWidth),
-                     Fit(green, kPatternWidth),
-                     blue.size() > kPatternWidth ? Fit(blue, kPatternWidth) : blue);
+                const std::string& lamp, const std::string& ledState, const std::string& patterns) {
+  return fmt::format("{:>6} {} {} {} {} {}\n", time, Fit(step, kStepWidth), swatch,
+                     Fit(lamp, kLampWidth), Fit(ledState, kLampWidth), patterns);
 }
 
 std::string OrDash(const std::string& text) {
@@ -50,10 +79,17 @@ std::string OrDash(const std::string& text) {
 
 }  // namespace
 
-CTranscript::CTranscript(std::FILE* output) : CTranscript(output, WantsColours(output)) {}
+CTranscript::CTranscript(std::FILE* output)
+    : CTranscript(output, WantsColours(output), LineWidth(output)) {}
+
+CTranscript::CTranscript(std::FILE* output, bool colours, std::size_t width)
+    : mOutput(output),
+      mColours(colours),
+      mPatternsWidth(width > kBeforePatterns ? width - kBeforePatterns : 0) {}
 
 void CTranscript::Header() {
-  Line(Row("time", "step", "    ", "lamp", "LED state", "red", "green", "blue"));
+  Line(Row("time", "step", "    ", "lamp", "LED state",
+           FitPatterns({"red", "green", "blue"}, mPatternsWidth)));
 }
 
 void CTranscript::Step(const std::string& text, const SView& view) {
@@ -63,9 +99,11 @@ void CTranscript::Step(const std::string& text, const SView& view) {
     return;
   }
   const auto seconds = std::chrono::duration<double>(view.time).count();
-  Line(Row(fmt::format("{:.3f}", seconds), text, Swatch(view, mColours), LampWords(view.lamp),
-           OrDash(view.ledState), OrDash(view.patterns[0]), OrDash(view.patterns[1]),
-           OrDash(view.patterns[2])));
+  Line(Row(
+      fmt::format("{:.3f}", seconds), text, Swatch(view, mColours), LampWords(view.lamp),
+      OrDash(view.ledState),
+      FitPatterns({OrDash(view.patterns[0]), OrDash(view.patterns[1]), OrDash(view.patterns[2])},
+                  mPatternsWidth)));
 }
 
 void CTranscript::Note(const std::string& text) {

@@ -1,17 +1,19 @@
 // What people read while a scenario runs: one line a step.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
 #include "virtualcharger/scenario/charger.h"
 
 // With colours on a terminal, unless NO_COLOR is set: then a swatch shows the lamp's light at its
-// brightest, elsewhere a word says whether there is any.
+// brightest, elsewhere a word says whether there is any. On a terminal the pattern texts are cut to
+// its width.
 class CTranscript {
  public:
   explicit CTranscript(std::FILE* output);
-  CTranscript(std::FILE* output, bool colours) : mOutput(output), mColours(colours) {}
+  CTranscript(std::FILE* output, bool colours, std::size_t width);
 
   void Header();
   void Step(const std::string& text, const SView& view);
@@ -23,4 +25,5 @@ class CTranscript {
  private:
   std::FILE* const mOutput;
   const bool mColours;
+  const std::size_t mPatternsWidth;
 };

@@ -17,11 +17,12 @@ const SView kCharging{std::chrono::milliseconds(1204),
                       "Blue/Pulsating",
                       {"0 0 0 0", "", "1000 2500 0 2500"}};
 
-std::string Written(bool colours, const std::function<void(CTranscript&)>& write) {
+std::string Written(bool colours, const std::function<void(CTranscript&)>& write,
+                    std::size_t width = 1000) {
   char* text = nullptr;
   std::size_t size = 0;
   std::FILE* file = open_memstream(&text, &size);
-  CTranscript transcript(file, colours);
+  CTranscript transcript(file, colours, width);
   write(transcript);
   std::fclose(file);
   std::string written(text, size);
@@ -38,7 +39,15 @@ TEST(ATranscript, HasItsColumnsUnderTheirNames) {
             "  time step                                  lamp             LED state        "
             "red          |green        |blue\n"
             " 1.204 connector charging               lit  blue pulsating   Blue/Pulsating   "
-            "0 0 0 0      |-            |1000 2500 0 …\n");
+            "0 0 0 0      |-            |1000 2500 0 2500\n");
+}
+
+TEST(ATranscript, CutsTheLongestPatternToTheLinesWidth) {
+  auto blinking = kCharging;
+  blinking.patterns = {std::string(60, '1'), "0 0 0 0", std::string(20, '2')};
+  const auto step = [&](CTranscript& transcript) { transcript.Step("mark", blinking); };
+  EXPECT_THAT(Written(false, step, 120),
+              HasSubstr(std::string(12, '1') + "…|0 0 0 0      |" + std::string(12, '2') + "…\n"));
 }
 
 TEST(ATranscript, ShowsTheLightItselfWhereThereAreColours) {
