@@ -31,7 +31,10 @@ class AVirtualSessionManager : public testing::Test {
         });
   }
 
+  // Before the hosts: used by callbacks until the hosts have stopped.
   Arrivals<std::string> mEvents;
+  Arrivals<int> mHeard;
+  std::promise<void> mRelease;
   const SocketDirectory mDirectory;
   std::optional<RunningHost> mServer;
   std::optional<RunningHost> mClient;
@@ -40,34 +43,31 @@ class AVirtualSessionManager : public testing::Test {
 
 TEST_F(AVirtualSessionManager, TellsANewSubscriberTheStateThatItBeganWith) {
   Serve(6);
-  Arrivals<int> heard;
-  Subscribe([&](int state) { heard.Add(state); });
-  EXPECT_THAT(heard.Next(), Optional(6));
+  Subscribe([this](int state) { mHeard.Add(state); });
+  EXPECT_THAT(mHeard.Next(), Optional(6));
   EXPECT_EQ(mSessionManager->GetConnectorInfo({}).state().state(), ipc::EConnectorStateCharging);
 }
 
 TEST_F(AVirtualSessionManager, IsDoneWhenTheSubscriberHasHandledTheState) {
   const auto service = Serve(1);
   std::atomic<int> shown = 0;
-  Arrivals<int> heard;
   Subscribe([&](int state) {
-    heard.Add(state);
+    mHeard.Add(state);
     shown = state;
   });
-  ASSERT_THAT(heard.Next(), Optional(1));
+  ASSERT_THAT(mHeard.Next(), Optional(1));
   for (const int state : {5, 5, 42}) {
     EXPECT_EQ(service->SetConnectorState(state), kOutcomeOk);
     EXPECT_EQ(shown, state);
-    EXPECT_THAT(heard.Next(), Optional(state));
+    EXPECT_THAT(mHeard.Next(), Optional(state));
   }
 }
 
 TEST_F(AVirtualSessionManager, SaysThatNobodyIsSubscribedAndTellsTheNextSubscriber) {
   const auto service = Serve(1);
   EXPECT_EQ(service->SetConnectorState(4), kOutcomeNobody);
-  Arrivals<int> heard;
-  Subscribe([&](int state) { heard.Add(state); });
-  EXPECT_THAT(heard.Next(), Optional(4));
+  Subscribe([this](int state) { mHeard.Add(state); });
+  EXPECT_THAT(mHeard.Next(), Optional(4));
 }
 
 TEST_F(AVirtualSessionManager, CountsItsSubscribers) {
@@ -80,16 +80,13 @@ TEST_F(AVirtualSessionManager, CountsItsSubscribers) {
 
 TEST_F(AVirtualSessionManager, IsLateWithASubscriberThatDoesNotReply) {
   const auto service = Serve(1);
-  Arrivals<int> heard;
-  std::promise<void> release;
-  const auto released = release.get_future().share();
-  Subscribe([&](int state) {
-    heard.Add(state);
-    if (state != 1) released.wait();
+  Subscribe([this](int state) {
+    mHeard.Add(state);
+    if (state != 1) mRelease.get_future().wait();
   });
-  ASSERT_THAT(heard.Next(), Optional(1));
+  ASSERT_THAT(mHeard.Next(), Optional(1));
   EXPECT_EQ(service->SetConnectorState(5), kOutcomeLate);
-  release.set_value();
+  mRelease.set_value();
 }
 
 TEST_F(AVirtualSessionManager, AgreesToAnAuthorizationAndReportsIt) {
