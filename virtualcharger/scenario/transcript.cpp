@@ -11,6 +11,8 @@
 #include <numeric>
 #include <sstream>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "virtualcharger/hardware/swatch.h"
 
@@ -23,6 +25,7 @@ constexpr std::size_t kPatternWidth =
 constexpr std::size_t kBeforePatterns = 6 + 1 + kStepWidth + 1 + 4 + 2 * (1 + kLampWidth) + 1;
 constexpr auto kIndent = "        ";
 constexpr auto kSay = "say ";
+constexpr auto kExpect = "expect ";
 
 bool WantsColours(std::FILE* output) {
   const char* refused = std::getenv("NO_COLOR");
@@ -77,6 +80,11 @@ std::string OrDash(const std::string& text) {
   return text.empty() ? "-" : text;
 }
 
+// Steps that change nothing themselves.
+bool OnlyLooks(const std::string& step) {
+  return step.starts_with(kExpect) || step.starts_with("wait ") || step == "mark";
+}
+
 }  // namespace
 
 CTranscript::CTranscript(std::FILE* output)
@@ -98,10 +106,15 @@ void CTranscript::Step(const std::string& text, const SView& view) {
          (mColours ? "\x1b[0m\n" : "\n"));
     return;
   }
-  const auto seconds = std::chrono::duration<double>(view.time).count();
+  const auto time = fmt::format("{:.3f}", std::chrono::duration<double>(view.time).count());
+  auto shown = std::tuple(LampWords(view.lamp), view.ledState, view.patterns);
+  if (OnlyLooks(text) && shown == mShown) {
+    Line(fmt::format("{:>6}   {}{}\n", time, text, text.starts_with(kExpect) ? ": yes" : ""));
+    return;
+  }
+  mShown = std::move(shown);
   Line(Row(
-      fmt::format("{:.3f}", seconds), text, Swatch(view, mColours), LampWords(view.lamp),
-      OrDash(view.ledState),
+      time, text, Swatch(view, mColours), LampWords(view.lamp), OrDash(view.ledState),
       FitPatterns({OrDash(view.patterns[0]), OrDash(view.patterns[1]), OrDash(view.patterns[2])},
                   mPatternsWidth)));
 }

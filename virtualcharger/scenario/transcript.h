@@ -1,9 +1,11 @@
 // What people read while a scenario runs: one line a step.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <tuple>
 
 #include "virtualcharger/scenario/charger.h"
 
@@ -16,6 +18,7 @@ class CTranscript {
   CTranscript(std::FILE* output, bool colours, std::size_t width);
 
   void Header();
+  // A step that only looks, at what the row above shows already, is one short line.
   void Step(const std::string& text, const SView& view);
   void Note(const std::string& text);
   // Several lines are set in below the first one.
@@ -26,4 +29,5 @@ class CTranscript {
   std::FILE* const mOutput;
   const bool mColours;
   const std::size_t mPatternsWidth;
+  std::tuple<std::string, std::string, std::array<std::string, 3>> mShown;
 };

@@ -42,6 +42,15 @@ TEST(ATranscript, HasItsColumnsUnderTheirNames) {
             "0 0 0 0      |-            |1000 2500 0 2500\n");
 }
 
+TEST(ATranscript, DoesNotRepeatTheRowForAStepThatOnlyLooks) {
+  const auto text = Written(false, [](CTranscript& transcript) {
+    transcript.Step("connector charging", kCharging);
+    transcript.Step("expect lamp blue pulsating", kCharging);
+    transcript.Step("connector charging", kCharging);
+  });
+  EXPECT_THAT(text, HasSubstr("\n 1.204   expect lamp blue pulsating: yes\n 1.204 connector "));
+}
+
 TEST(ATranscript, CutsTheLongestPatternToTheLinesWidth) {
   auto blinking = kCharging;
   blinking.patterns = {std::string(60, '1'), "0 0 0 0", std::string(20, '2')};
