@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/os/descriptor.h"
 #include "platform/rpc/communicationconfig.h"
 #include "platform/rpc/servicesocket.h"
 

@@ -49,7 +49,7 @@ class GrpcBackend::CImplementation {
   explicit CImplementation(const std::string& configPath)
       : mConfig(Rpc::ReadCommunicationConfig(configPath)),
         mClients(std::make_shared<Rpc::CClientContext>(mConfig.socketDirectory)),
-        mAcceptor(mConfig, [this](Rpc::CDescriptor connection) {
+        mAcceptor(mConfig, [this](CDescriptor connection) {
           grpc::AddInsecureChannelFromFd(mServer.get(), connection.Release());
         }) {}
 

@@ -12,7 +12,6 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 #include "platform/rpc/communicationexception.h"
 #include "platform/rpc/log.h"
@@ -52,25 +51,6 @@ std::string ProcessText(pid_t pid) {
 }
 
 }  // namespace
-
-CDescriptor& CDescriptor::operator=(CDescriptor&& other) noexcept {
-  if (this != &other) {
-    Reset();
-    mDescriptor = other.Release();
-  }
-  return *this;
-}
-
-int CDescriptor::Release() {
-  return std::exchange(mDescriptor, -1);
-}
-
-void CDescriptor::Reset() {
-  if (mDescriptor >= 0) {
-    close(mDescriptor);
-    mDescriptor = -1;
-  }
-}
 
 std::string ServiceSocketPath(const std::string& directory, const std::string& name) {
   if (name.empty() || name.front() == '.' || name.find('/') != std::string::npos) {

@@ -9,24 +9,9 @@
 
 #include <string>
 
+#include "platform/os/descriptor.h"
+
 namespace Rpc {
-
-// An open descriptor that is closed with its owner.
-class CDescriptor {
- public:
-  explicit CDescriptor(int descriptor = -1) : mDescriptor(descriptor) {}
-  ~CDescriptor() { Reset(); }
-  CDescriptor(CDescriptor&& other) noexcept : mDescriptor(other.Release()) {}
-  CDescriptor& operator=(CDescriptor&& other) noexcept;
-
-  int Get() const { return mDescriptor; }
-  explicit operator bool() const { return mDescriptor >= 0; }
-  int Release();
-  void Reset();
-
- private:
-  int mDescriptor;
-};
 
 // Threads: one at a time.
 class CServiceSocket {

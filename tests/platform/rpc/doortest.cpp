@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "platform/os/descriptor.h"
 #include "platform/rpc/communicationexception.h"
 #include "platform/rpc/peercheck.h"
 #include "platform/rpc/servicesocket.h"
@@ -17,7 +18,6 @@
 
 namespace {
 
-using Rpc::CDescriptor;
 using Rpc::CServiceSocket;
 using testing::AllOf;
 using testing::HasSubstr;
