@@ -4,9 +4,10 @@
 #include <pwd.h>
 
 #include <charconv>
-#include <fstream>
+#include <filesystem>
 #include <optional>
 
+#include "platform/kvconfig/storefile.h"
 #include "platform/rpc/log.h"
 
 namespace Rpc {
@@ -30,64 +31,31 @@ std::optional<uid_t> UserId(const std::string& user) {
   return std::nullopt;
 }
 
-std::string Compact(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  return Json::writeString(builder, value);
-}
-
-class CSectionReader {
- public:
-  CSectionReader(std::string path, const Json::Value& section) : mPath(std::move(path)) {
-    if (section.isNull() || section.isObject()) {
-      mSection = section;
-    } else {
-      Report("", section, "an object");
-    }
-  }
-
-  const Json::Value& operator[](const char* key) const { return mSection[key]; }
-
-  void Report(const std::string& key, const Json::Value& found, const char* expected) const {
-    Write(&ILogger::Error, "{}: section \"{}\"{}: found {}, expected {}; using the default", mPath,
-          kSection, key.empty() ? "" : ", key \"" + key + "\"", Compact(found), expected);
-  }
-
- private:
-  const std::string mPath;
-  Json::Value mSection{Json::objectValue};
-};
-
 }  // namespace
 
 CommunicationConfig ReadCommunicationConfig(const std::string& path) {
   CommunicationConfig config;
-  std::ifstream file(path);
-  if (!file) {
+  if (std::error_code ignored; !std::filesystem::exists(path, ignored)) {
     return config;
   }
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  Json::Value root;
-  std::string errors;
-  bool parsed = false;
-  try {
-    parsed = Json::parseFromStream(builder, file, &root, &errors) && root.isObject();
-  } catch (const Json::Exception& exception) {
-    errors = exception.what();
-  }
-  if (!parsed) {
-    Write(&ILogger::Error, "{}: not a valid store ({}); using the defaults of section \"{}\"", path,
-          errors, kSection);
+  const KvConfig::StoreContent store = KvConfig::ReadStore(path);
+  if (!store.root) {
+    Write(&ILogger::Error, "{}; using the defaults of section \"{}\"", store.error, kSection);
     return config;
   }
+  const auto report = [&](const char* key, const Json::Value& found, const char* expected) {
+    Write(&ILogger::Error, "{}", KvConfig::DescribeMismatch(path, kSection, key, found, expected));
+  };
 
-  const CSectionReader section(path, root[kSection]);
+  if (const Json::Value& found = (*store.root)[kSection]; !found.isNull() && !found.isObject()) {
+    report("", found, "an object");
+  }
+  const Json::Value& section = KvConfig::SectionOf(*store.root, kSection);
   if (const Json::Value& value = section["SocketDirectory"]; !value.isNull()) {
     if (value.isString() && value.asString().starts_with('/')) {
       config.socketDirectory = value.asString();
     } else {
-      section.Report("SocketDirectory", value, "an absolute path");
+      report("SocketDirectory", value, "an absolute path");
     }
   }
   if (const Json::Value& value = section["AllowedUsers"]; value.isArray()) {
@@ -96,17 +64,17 @@ CommunicationConfig ReadCommunicationConfig(const std::string& path) {
       if (id) {
         config.allowedUsers.push_back(*id);
       } else {
-        section.Report("AllowedUsers", user, "the name or number of a user, as text");
+        report("AllowedUsers", user, "the name or number of a user, as text");
       }
     }
   } else if (!value.isNull()) {
-    section.Report("AllowedUsers", value, "a list of users");
+    report("AllowedUsers", value, "a list of users");
   }
   if (const Json::Value& value = section["MaxConnections"]; !value.isNull()) {
     if (value.isUInt() && value.asUInt() >= 1 && value.asUInt() <= 1024) {
       config.maxConnections = value.asUInt();
     } else {
-      section.Report("MaxConnections", value, "a number from 1 to 1024");
+      report("MaxConnections", value, "a number from 1 to 1024");
     }
   }
   return config;

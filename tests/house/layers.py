@@ -19,11 +19,13 @@ MAY_INCLUDE = {
     "tools": ["utils", "platform"],
     # The platform's own order.
     "platform/diagnostics": ["platform/rpc", "platform/ipc"],
-    "platform/rpc": ["platform/ipc"],
+    "platform/rpc": ["platform/kvconfig", "platform/ipc", "platform/os"],
     "platform/log": ["platform/rpc/interfaces", "platform/ipc"],
+    "platform/kvconfig": ["platform/worker", "platform/log", "platform/os"],
     "platform/worker": ["platform/log"],
     "platform/sysfs": ["platform/log"],
     "platform/ipc": [],
+    "platform/os": [],
 }
 GRPC = re.compile(r'^#include [<"](grpc(pp)?/|.*\.grpc\.pb\.h)', re.MULTILINE)
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
