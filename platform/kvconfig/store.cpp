@@ -1,17 +1,12 @@
 #include "platform/kvconfig/store.h"
 
 #include <algorithm>
-#include <chrono>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace KvConfig {
 namespace {
-
-using namespace std::chrono_literals;
-
-// A writer that does not replace the file at once leaves it broken for a moment.
-constexpr auto kSettlingTime = 50ms;
 
 std::map<std::string, Json::Value> Difference(const Json::Value& before, const Json::Value& after) {
   std::map<std::string, Json::Value> changes;
@@ -30,8 +25,9 @@ std::map<std::string, Json::Value> Difference(const Json::Value& before, const J
 
 }  // namespace
 
-CStore::CStore(std::string path)
+CStore::CStore(std::string path, std::chrono::milliseconds settlingTime)
     : mPath(std::move(path)),
+      mSettlingTime(settlingTime),
       mWatch(mPath),
       mContent(ReadStore(mPath)),
       mRoot(mContent.root ? mContent.root : std::make_shared<const Json::Value>(Json::objectValue)),
@@ -68,8 +64,7 @@ void CStore::Add(const std::shared_ptr<CListener>& listener) {
 void CStore::Follow() {
   bool settling = false;
   for (;;) {
-    const auto result = mWatch.Wait(
-        settling ? std::optional<std::chrono::milliseconds>(kSettlingTime) : std::nullopt);
+    const auto result = mWatch.Wait(settling ? std::optional(mSettlingTime) : std::nullopt);
     if (result == CFileWatch::EResult::EStopped) {
       return;
     }

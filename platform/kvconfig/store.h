@@ -3,6 +3,7 @@
 
 #include <json/json.h>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -20,7 +21,10 @@ namespace KvConfig {
 // Threads: every operation from any thread; destroyed on any thread but its own.
 class CStore {
  public:
-  explicit CStore(std::string path);
+  // A writer that does not replace the file at once leaves it broken for a moment: what is broken
+  // is read again when nothing has changed for the settling time.
+  explicit CStore(std::string path,
+                  std::chrono::milliseconds settlingTime = std::chrono::milliseconds(50));
   ~CStore();
   CStore(const CStore&) = delete;
   CStore& operator=(const CStore&) = delete;
@@ -39,6 +43,7 @@ class CStore {
   std::vector<std::shared_ptr<CListener>> Listeners();
 
   const std::string mPath;
+  const std::chrono::milliseconds mSettlingTime;
   CFileWatch mWatch;
 
   mutable std::mutex mMutex;

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <exception>
 #include <stdexcept>
 #include <system_error>
 
@@ -22,6 +21,10 @@ constexpr int kDepthLimit = 32;
 constexpr size_t kShownLimit = 80;   // of a value, in a message
 constexpr size_t kErrorLimit = 200;  // of the parser's words, which quote the text
 
+[[noreturn]] void Refuse(const std::string& reason) {
+  throw std::runtime_error("not a valid store: " + reason);
+}
+
 bool IsForbidden(char character) {
   const auto code = static_cast<unsigned char>(character);
   return code < ' ' && character != '\n' && character != '\r' && character != '\t';
@@ -31,11 +34,11 @@ std::string ReadText(const std::string& path) {
   // Neither a pipe nor a terminal in the store's place may hold the process up.
   const CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) {
-    throw std::runtime_error(Detail::SystemError("cannot open the store", path));
+    throw std::runtime_error("cannot open the store: " + Detail::ErrnoText());
   }
   struct stat status {};
   if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-    throw std::runtime_error(path + ": not a valid store: not a regular file");
+    Refuse("it is not a regular file");
   }
   std::string text;
   std::array<char, 16 * 1024> buffer;
@@ -47,11 +50,10 @@ std::string ReadText(const std::string& path) {
     if (size > 0) {
       text.append(buffer.data(), static_cast<size_t>(size));
     } else if (errno != EINTR) {
-      throw std::runtime_error(Detail::SystemError("cannot read the store", path));
+      throw std::runtime_error("cannot read the store: " + Detail::ErrnoText());
     }
     if (text.size() > kSizeLimit) {
-      throw std::runtime_error(
-          fmt::format("{}: not a valid store: larger than {} bytes", path, kSizeLimit));
+      return text;
     }
   }
 }
@@ -60,14 +62,17 @@ std::string ReadText(const std::string& path) {
 
 namespace Detail {
 
-std::string SystemError(const std::string& text, const std::string& path) {
-  return fmt::format("{}: {}: {}", path, text, std::generic_category().message(errno));
+std::string ErrnoText() {
+  return std::generic_category().message(errno);
 }
 
 Json::Value ParseStore(const std::string& text) {
+  if (text.size() > kSizeLimit) {
+    Refuse(fmt::format("it is larger than {} bytes", kSizeLimit));
+  }
   // The parser takes a NUL for the end and line ends inside texts for parts of them.
   if (std::ranges::any_of(text, IsForbidden)) {
-    throw std::runtime_error("it holds a control character");
+    Refuse("it holds a control character");
   }
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
@@ -76,12 +81,18 @@ Json::Value ParseStore(const std::string& text) {
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value root;
   std::string errors;
-  if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors)) {
+  bool parsed = false;
+  try {
+    parsed = reader->parse(text.data(), text.data() + text.size(), &root, &errors);
+  } catch (const Json::Exception& exception) {
+    errors = exception.what();
+  }
+  if (!parsed) {
     std::ranges::replace(errors, '\n', ' ');
-    throw std::runtime_error(errors.substr(0, kErrorLimit));
+    Refuse(errors.substr(0, kErrorLimit));
   }
   if (!root.isObject()) {
-    throw std::runtime_error("it is not an object");
+    Refuse("it is not an object");
   }
   return root;
 }
@@ -92,14 +103,9 @@ StoreContent ReadStore(const std::string& path) {
   StoreContent content;
   try {
     content.text = ReadText(path);
-  } catch (const std::runtime_error& exception) {
-    content.error = exception.what();
-    return content;
-  }
-  try {
     content.root = std::make_shared<const Json::Value>(Detail::ParseStore(content.text));
-  } catch (const std::exception& exception) {
-    content.error = fmt::format("{}: not a valid store: {}", path, exception.what());
+  } catch (const std::runtime_error& exception) {
+    content.error = path + ": " + exception.what();
   }
   return content;
 }

@@ -32,11 +32,10 @@ void WriteStore(const std::string& path, const std::string& section, const std::
 
 namespace Detail {
 
-// Throws std::runtime_error, or another std::exception of the parser's, that says what is wrong.
+// Throws std::runtime_error that says what is wrong.
 Json::Value ParseStore(const std::string& text);
 
-// The reason that errno gives, behind the text and the path.
-std::string SystemError(const std::string& text, const std::string& path);
+std::string ErrnoText();
 
 }  // namespace Detail
 }  // namespace KvConfig

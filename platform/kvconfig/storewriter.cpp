@@ -18,7 +18,7 @@ namespace KvConfig {
 namespace {
 
 [[noreturn]] void Fail(const std::string& text, const std::string& path) {
-  throw std::runtime_error(Detail::SystemError(text, path));
+  throw std::runtime_error(path + ": " + text + ": " + Detail::ErrnoText());
 }
 
 // A file beside the store that becomes the store, or goes without a trace.
@@ -95,7 +95,7 @@ std::string TextOf(const Json::Value& root) {
   builder["indentation"] = "  ";
   builder["emitUTF8"] = true;
   std::string text = Json::writeString(builder, root) + "\n";
-  Detail::ParseStore(text);
+  Detail::ParseStore(text);  // what no reader would take is not written
   return text;
 }
 

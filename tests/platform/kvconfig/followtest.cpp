@@ -1,0 +1,199 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+#include <stdexcept>
+#include <thread>
+
+#include "platform/kvconfig/store.h"
+#include "tests/platform/kvconfig/storefixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AFollowedStore : public StoreFixture {
+ protected:
+  AFollowedStore() { mDirectory.WriteFile("etc/ovra.json", TextWith("start")); }
+
+  static std::string TextWith(const std::string& value) {
+    return R"({"s": {"k": ")" + value + R"("}})";
+  }
+
+  fs::path At(const std::string& name) const { return mDirectory.Path() / name; }
+};
+
+TEST_F(AFollowedStore, DeliversTheDifferenceKeyByKey) {
+  const auto config = Create(OnChange());
+  Heard beginning;
+  Heard whole;
+  const auto add = [](Heard& heard) {
+    return [&heard](const Json::Value& value) { heard.Add(value.toStyledString()); };
+  };
+  const auto bad = config->Subscribe(
+      "bad", "Led", [](const Json::Value&) { throw std::runtime_error("no bulb"); });
+  const auto first = config->Subscribe("test", "Led", add(beginning));
+  const auto second = config->Subscribe("test", "Led", add(whole), KvConfig::EMatch::EWhole);
+  Replace(R"({"s": {"Led": 1, "LedMax": 2, "le": 3}, "t": {"Led": 9}})");
+  EXPECT_THAT(mChanges.Until("le="), ElementsAre("Led=1", "LedMax=2", "k=null", "le=3"));
+  Replace(R"({"s": {"Led": "1", "LedMax": 2, "le": 4}, "t": {}})");
+  mChanges.Until("le=4");
+  Replace(R"({"s": {"LedMax": 2, "le": 5}})");
+  mChanges.Until("le=5");
+  EXPECT_THAT(beginning.Texts(), ElementsAre("1\n", "2\n", "\"1\"\n", "null\n"));
+  EXPECT_THAT(whole.Texts(), ElementsAre("1\n", "\"1\"\n", "null\n"));
+  EXPECT_EQ(mLog.Count(Log::ELogLevel::EError, "\"bad\" failed: no bulb"), 4U);
+  EXPECT_THAT(mErrors.Texts(), IsEmpty());
+}
+
+TEST_F(AFollowedStore, IsHeardHoweverItChanges) {
+  Shell("mkdir a b; ln -s a current");
+  const std::pair<const char*, const char*> ways[] = {
+      {"written in place", "cp text etc/ovra.json"},
+      {"replaced", "mv text etc/ovra.json"},
+      {"hard link", "ln -f text etc/ovra.json"},
+      {"directory removed and back", "rm -r etc; mkdir etc; cp text etc/ovra.json"},
+      {"directory replaced", "mkdir new; cp text new/ovra.json; mv etc old; mv new etc; rm -r old"},
+      {"link", "cp text a/real.json; ln -sfn ../current/real.json etc/ovra.json"},
+      {"written behind the link", "cp text a/real.json"},
+      {"another directory behind the link", "cp text b/real.json; ln -s b c; mv -T c current"},
+  };
+  const auto config = Create(OnChange());
+  for (const auto& [way, commands] : ways) {
+    mDirectory.WriteFile("text", TextWith(way));
+    Shell(commands);
+    EXPECT_EQ(mChanges.Until(way).back(), std::string("k=") + way);
+    EXPECT_EQ(config->GetString("k", ""), way);
+  }
+}
+
+TEST_F(AFollowedStore, KeepsTheLastGoodValuesAndNamesAnErrorOnceAChange) {
+  Shell("chmod 755 .");
+  std::unique_ptr<KvConfig::IConfig> config;
+  {
+    const AsNobody nobody;
+    config = Create(OnChange());
+  }
+  mDirectory.WriteFile("hidden", TextWith("hidden"));
+  const std::pair<const char*, const char*> breaks[] = {
+      {"not a valid store", "echo '{' > x; mv x etc/ovra.json"},
+      {"not an object", "echo '[]' > x; mv x etc/ovra.json"},
+      {"No such file", "rm etc/ovra.json"},
+      {"Permission denied", "chmod 0 hidden; mv hidden etc/ovra.json"},
+  };
+  size_t count = 0;
+  for (const auto& [reason, commands] : breaks) {
+    Shell(commands);
+    EXPECT_EQ(mErrors.Until(reason).size(), ++count) << reason;
+    EXPECT_EQ(config->GetString("k", ""), "start") << reason;
+  }
+  EXPECT_THAT(mChanges.Texts(), IsEmpty());
+  Shell("chmod 644 etc/ovra.json");
+  mChanges.Until("k=hidden");
+  Replace(R"({"s": []})");
+  EXPECT_EQ(mErrors.Until("found [], expected an object").size(), ++count);
+  EXPECT_THAT(mChanges.Texts(), ElementsAre("k=hidden", "k=null"));
+}
+
+TEST_F(AFollowedStore, IsNotBrokenWhileItIsBeingWritten) {
+  KvConfig::CStore store(mStore, std::chrono::hours(1));
+  const auto listener = std::make_shared<KvConfig::CListener>(KvConfig::ListenerOptions{
+      .name = "test", .section = "s", .key = "", .onChange = OnChange(), .onError = OnError()});
+  store.Add(listener);
+  Replace(TextWith("before"));
+  mChanges.Until("k=before");
+  for (const char* text : {"", "{", R"({"s": )"}) {
+    Replace(text);
+  }
+  Replace(TextWith("after"));
+  mChanges.Until("k=after");
+  EXPECT_THAT(mErrors.Texts(), IsEmpty());
+}
+
+// So many events that the queue of the watch overflows while the first handler is held.
+TEST_F(AFollowedStore, EndsInExactlyOneFinalValueAfterTenThousandRenames) {
+  std::promise<void> burstIsOver;
+  const auto config = Create([this, over = burstIsOver.get_future().share(), record = OnChange()](
+                                 const std::string& key, const Json::Value& value) {
+    record(key, value);
+    over.wait();
+  });
+  for (const char* name : {"0", "1"}) {
+    mDirectory.WriteFile(name, TextWith(name));
+  }
+  for (int i = 0; i < 10'000; ++i) {
+    fs::create_hard_link(At(std::to_string(i % 2)), At("next"));
+    fs::rename(At("next"), mStore);
+  }
+  Replace(TextWith("final"));
+  burstIsOver.set_value();
+  mChanges.Until("k=final");
+  Replace(TextWith("sentinel"));
+  EXPECT_EQ(std::ranges::count(mChanges.Until("k=sentinel"), "k=final"), 1);
+  EXPECT_THAT(mErrors.Texts(), IsEmpty());
+}
+
+TEST_F(AFollowedStore, LetsAHandlerEndItsOwnSubscription) {
+  auto config = Create(OnChange());
+  std::promise<void> subscribed;
+  int calls = 0;
+  KvConfig::Subscription subscription;
+  subscription = config->Subscribe("test", "k", [&](const Json::Value&) {
+    subscribed.get_future().wait();
+    ++calls;
+    subscription.reset();
+  });
+  subscribed.set_value();
+  Replace(TextWith("1"));
+  mChanges.Until("k=1");
+  Replace(TextWith("2"));
+  mChanges.Until("k=2");
+  config.reset();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(AFollowedStore, BearsSubscribersThatComeAndGoWhileItChanges) {
+  const auto config = Create(OnChange());
+  std::atomic<bool> stop = false;
+  const auto comeAndGo = [&] {
+    while (!stop) {
+      // Not guarded: the handler is over when its subscription is, which goes first.
+      std::string heard;
+      const auto subscription = config->Subscribe(
+          "test", "k", [&](const Json::Value& value) { heard = value.asString(); });
+      config->GetString("k", "");
+    }
+  };
+  std::thread one(comeAndGo);
+  std::thread two(comeAndGo);
+  for (int i = 0; i < 300; ++i) {
+    Replace(TextWith(std::to_string(i)));
+  }
+  mChanges.Until("k=299");
+  stop = true;
+  one.join();
+  two.join();
+}
+
+TEST_F(AFollowedStore, IsWatchedOnceAndLeavesNothingOpen) {
+  const auto open = [] {
+    const fs::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+  };
+  const auto before = open();
+  for (const char* value : {"1", "2"}) {
+    const auto config = Create(OnChange());
+    const auto followed = open();
+    const auto another = Create();
+    EXPECT_EQ(open(), followed);
+    Replace(TextWith(value));
+    mChanges.Until(value);
+  }
+  EXPECT_EQ(open(), before);
+}
+
+}  // namespace

@@ -1,0 +1,165 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/kvconfig/storefile.h"
+#include "tests/platform/kvconfig/storefixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using namespace std::string_literals;
+
+class AStoreFile : public StoreFixture {
+ protected:
+  KvConfig::StoreContent Read(const std::string& text) const {
+    return KvConfig::ReadStore(mDirectory.WriteFile("etc/ovra.json", text));
+  }
+};
+
+TEST_F(AStoreFile, IsNoneWhereverItIsCut) {
+  const std::string whole =
+      R"({"s": {"a": -1.5e3, "b": [true, null], "c": "\u00e9 \"x"}, "t": {}})";
+  for (size_t size = 0; size < whole.size(); ++size) {
+    const auto content = Read(whole.substr(0, size));
+    EXPECT_FALSE(content.root) << size;
+    EXPECT_THAT(content.error, HasSubstr(mStore.string() + ": not a valid store: ")) << size;
+  }
+  EXPECT_TRUE(Read(whole).root);
+}
+
+TEST_F(AStoreFile, IsRefusedWithTheReason) {
+  const std::string limit(1024 * 1024 - 8, 'x');
+  const auto nested = [](size_t depth) {
+    return R"({"a":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
+  };
+  const struct {
+    std::string text;
+    const char* reason;  // none: it is taken
+  } cases[] = {
+      {R"({"a":")" + limit + R"("})", nullptr},
+      {R"({"a":")" + limit + R"(x"})", "larger than 1048576 bytes"},
+      {std::string(10 * 1024 * 1024, '['), "larger than"},
+      {nested(32), nullptr},
+      {nested(33), "stackLimit"},
+      {std::string(100'000, '['), "stackLimit"},
+      {R"({"a": 1, "a": 1})", "Duplicate key: 'a'"},
+      {R"({"a": {"b": 1, "b": 2}})", "Duplicate key: 'b'"},
+      {R"({"a": 1,})", "Missing '}'"},
+      {"{} // why", "Extra"},
+      {"{}{}", "Extra"},
+      {"{}\0"s, "control character"},
+      {"{\"a\": \"\0\"}"s, "control character"},
+      {"\xEF\xBB\xBF{}", "Line 1"},
+      {"[]", "not an object"},
+      {"5", "Line 1"},
+  };
+  for (const auto& each : cases) {
+    const auto content = Read(each.text);
+    EXPECT_EQ(static_cast<bool>(content.root), each.reason == nullptr) << content.error;
+    EXPECT_THAT(content.error, HasSubstr(each.reason ? each.reason : ""));
+    EXPECT_EQ(content.error.find('\n'), std::string::npos) << content.error;
+    EXPECT_LT(content.error.size(), 400U);
+  }
+}
+
+TEST_F(AStoreFile, ThatCannotBeReadSaysWhy) {
+  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("No such file"));
+  std::filesystem::create_directories(mStore);
+  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("not a regular file"));
+  std::filesystem::remove(mStore);
+  ASSERT_EQ(mkfifo(mStore.c_str(), 0600), 0);
+  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("not a regular file"));
+}
+
+// The kernel writes up to the limit and then refuses, as it does on a disk that is full.
+void LimitFileSize(rlim_t size) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{size, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+class AWrittenStore : public StoreFixture {
+ protected:
+  AWrittenStore() { mDirectory.WriteFile("etc/ovra.json", mBefore); }
+
+  const std::string mBefore = R"({"s": {"a": 1, "text": "é"}, "t": {"x": [0.5, {}]}, "u": 5})";
+};
+
+TEST_F(AWrittenStore, DiffersInTheOneKey) {
+  Shell("chmod 604 etc/ovra.json; ln -s etc/ovra.json link.json");
+  KvConfig::SetStore(mDirectory.Path() / "link.json");
+  const struct {
+    const char* section;
+    const char* key;
+    Json::Value value;
+    const char* after;
+  } steps[] = {
+      {"s", "b", true, R"({"s": {"a": 1, "b": true, "text": "é"}, "t": {"x": [0.5, {}]}, "u": 5})"},
+      {"s", "a", "1",
+       R"({"s": {"a": "1", "b": true, "text": "é"}, "t": {"x": [0.5, {}]}, "u": 5})"},
+      {"t", "x", {}, R"({"s": {"a": "1", "b": true, "text": "é"}, "t": {}, "u": 5})"},
+      {"v", "x", {}, R"({"s": {"a": "1", "b": true, "text": "é"}, "t": {}, "u": 5})"},
+      {"v", "x", 1, R"({"s": {"a": "1", "b": true, "text": "é"}, "t": {}, "u": 5, "v": {"x": 1}})"},
+  };
+  for (const auto& step : steps) {
+    KvConfig::Write(step.section, step.key, step.value);
+    const auto content = KvConfig::ReadStore(mStore);
+    ASSERT_TRUE(content.root) << content.error;
+    EXPECT_EQ(*content.root, KvConfig::Detail::ParseStore(step.after)) << content.text;
+  }
+  Shell("test -L link.json; test $(stat -c %a etc/ovra.json) = 604");
+}
+
+TEST_F(AWrittenStore, IsCreatedWhereThereIsNone) {
+  std::filesystem::remove(mStore);
+  KvConfig::Write("s", "a", 2);
+  EXPECT_EQ(Create()->GetInt("a", 0), 2);
+}
+
+TEST_F(AWrittenStore, StaysWholeAndAloneWhereTheWriteFails) {
+  Json::Value deep;
+  for (int depth = 0; depth < 31; ++depth) {
+    Json::Value outer;
+    outer.append(std::exchange(deep, {}));
+    deep = outer;
+  }
+  const struct {
+    const char* section;
+    Json::Value value;
+    const char* reason;
+  } cases[] = {
+      {"s", 2, "File too large"},    {"s", 2, "Permission denied"},
+      {"s", 2, "not a valid store"}, {"u", 2, "section \"u\" is not an object"},
+      {"s", deep, "stackLimit"},     {"s", std::string(1024 * 1024, 'x'), "larger than"},
+  };
+  for (const auto& [section, value, reason] : cases) {
+    const std::string before = reason == std::string("not a valid store") ? "{" : mBefore;
+    mDirectory.WriteFile("etc/ovra.json", before);
+    std::optional<AsNobody> nobody;
+    if (reason == std::string("Permission denied")) {
+      Shell("chmod 0 etc");
+      nobody.emplace();
+    } else if (reason == std::string("File too large")) {
+      LimitFileSize(16);
+    }
+    try {
+      KvConfig::Write(section, "a", value);
+      ADD_FAILURE() << "was written, without: " << reason;
+    } catch (const std::runtime_error& exception) {
+      EXPECT_THAT(exception.what(), HasSubstr(reason));
+    }
+    nobody.reset();
+    LimitFileSize(RLIM_INFINITY);
+    Shell("chmod 755 etc; test $(ls -A etc) = ovra.json");
+    EXPECT_EQ(KvConfig::ReadStore(mStore).text, before) << reason;
+  }
+}
+
+}  // namespace
