@@ -39,7 +39,7 @@ class LeafState final : public Parent {
       throw std::bad_typeid();
     }
     HsmTrace::Step(Leaf().name, "event recv", *event);
-    Handle(machine, *event);
+    Handle(machine, event);
   }
 
   unsigned GetId() const override { return N; }
@@ -52,17 +52,17 @@ class LeafState final : public Parent {
  private:
   static constexpr const auto& Leaf() { return Definition::kLeaves[N - 1]; }
 
-  static void Handle(M& machine, IHsmEvent& event) {
-    const auto* row = CHsmDispatch<Definition>::Find(N, event.GetType());
+  static void Handle(M& machine, const std::shared_ptr<IHsmEvent>& event) {
+    const auto* row = CHsmDispatch<Definition>::Find(N, event->GetType());
     if (row == nullptr) {
-      HsmTrace::Step(Definition::kName, "event unhn", event);
-      event.SetHandled(false);
+      HsmTrace::Step(Definition::kName, "event unhn", *event);
+      event->SetHandled(false);
       return;
     }
     HsmTrace::Step(row->level == Definition::kAnyLeaf ? Definition::kName : Leaf().name,
-                   "event hndl", event);
+                   "event hndl", *event);
     // Before any action runs: whoever waits for the verdict goes on while the machine works.
-    event.SetHandled(true);
+    event->SetHandled(true);
     if (row->target == Definition::kStays) {
       row->reaction(machine.Handler(), machine, event);
       return;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -34,9 +35,13 @@ void Call(H& handler, IHsmInterface& machine, const Payload&... payload) {
 }
 
 template <typename H, typename Event, auto Action>
-void React(H& handler, IHsmInterface& machine, const IHsmEvent& event) {
-  std::apply([&](const auto&... payload) { Call<Action>(handler, machine, payload...); },
-             static_cast<const Event&>(event).GetPayload());
+void React(H& handler, IHsmInterface& machine, const std::shared_ptr<IHsmEvent>& event) {
+  if constexpr (std::is_invocable_v<decltype(Action), H&, std::shared_ptr<Event>>) {
+    std::invoke(Action, handler, std::static_pointer_cast<Event>(event));
+  } else {
+    std::apply([&](const auto&... payload) { Call<Action>(handler, machine, payload...); },
+               static_cast<const Event&>(*event).GetPayload());
+  }
 }
 
 }  // namespace HsmDetail
@@ -56,7 +61,7 @@ template <typename H>
 struct HsmTable {
   using Handler = H;
   using LeafAction = void (*)(H&, IHsmInterface&);
-  using Reaction = void (*)(H&, IHsmInterface&, const IHsmEvent&);
+  using Reaction = void (*)(H&, IHsmInterface&, const std::shared_ptr<IHsmEvent>&);
 
   // As a row's level: in every leaf, for events that the leaf itself does not take.
   static constexpr unsigned kAnyLeaf = 0;
@@ -98,7 +103,8 @@ struct HsmTable {
   }
 
   // What the machine does for an event: it goes to the target (exit and entry actions are the
-  // leaves'), or it stays and calls the action, with the event's payload if the action takes one.
+  // leaves'), or it stays and calls the action, with the event or its payload if the action takes
+  // that.
   template <unsigned Level, typename Event, unsigned Target, auto Action = nullptr>
   static constexpr RowData Row = MakeRow<Level, Event, Target, Action>();
 };
