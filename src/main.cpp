@@ -28,6 +28,8 @@ int main(int argumentCount, char* arguments[]) {
   if (!commandLine) {
     return 1;
   }
+  // A console whose reader has gone must not end the process: the log deals with failing writes.
+  std::signal(SIGPIPE, SIG_IGN);
   BlockInterrupt();
   GrpcBackend::SetLogger(std::make_shared<Rpc::KvLogger>());
   CFeedback feedback(commandLine->root);

@@ -14,7 +14,8 @@ class CHsmActionHandlerBase {
   // The machine that Post posts to; not owned, and it must outlive the last Post.
   void SetMachine(IHsmInterface* machine) { mMachine = machine; }
 
-  // Posts a new event without payload and returns it. Throws std::logic_error without a machine.
+  // Posts a new event without payload and returns it, for its identity alone: a verdict is asked
+  // for before an event is posted. Throws std::logic_error without a machine.
   template <typename Event>
   std::shared_ptr<Event> Post() {
     IHsmInterface& machine = Machine();

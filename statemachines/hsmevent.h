@@ -3,6 +3,7 @@
 #pragma once
 
 #include <future>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -23,8 +24,9 @@ class IHsmEvent {
   const CHsmEventType& GetType() const { return *mType; }
 
   // The verdict: true as soon as the machine reacts, false when it does not take the event. Once an
-  // event; a poster takes it before posting. get() throws std::future_error (broken promise) where
-  // the machine has dropped the event. Never wait on the machine's own thread.
+  // event; a poster takes it before posting, because nothing else orders it with the machine. get()
+  // throws std::future_error (broken promise) where the machine has dropped the event. Never wait
+  // on the machine's own thread.
   std::future<bool> GetHandled();
 
   // For the machine's thread: gives the verdict.
@@ -67,6 +69,7 @@ class CHsmEvent final : public IHsmEvent {
   explicit CHsmEvent(Payload... payload) : IHsmEvent(kType), mPayload(std::move(payload)...) {}
 
   const std::string& GetName() const override {
+    static_assert(N < std::size(HsmEventNames<Tag>::kNames), "the event has no name");
     static const std::string name(HsmEventNames<Tag>::kNames[N]);
     return name;
   }

@@ -1,7 +1,9 @@
 #include "platform/rpc/acceptor.h"
 
+#include <fcntl.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -27,7 +29,7 @@ constexpr std::string_view kPreface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
 constexpr size_t kMostSilent = 16;
 constexpr auto kSilenceLimit = 10s;
 constexpr auto kRetryAfterExhaustion = 100ms;
-constexpr auto kBetweenRefusalLines = 1s;
+constexpr auto kBetweenRefusalLines = 1s;  // peers must not fill the log
 
 // Descriptors that connections never take: the lamp, the buzzer, the sensor, the log and the
 // process's own clients need theirs also when everyone connects.
@@ -70,6 +72,39 @@ void CAcceptor::Listen() {
   for (const auto& socket : mSockets) {
     socket->Listen();
   }
+  WatchDirectory();
+}
+
+// A socket file that somebody removes would otherwise be missed by new clients only.
+void CAcceptor::WatchDirectory() {
+  mDirectoryWatch = CDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  if (!mDirectoryWatch ||
+      inotify_add_watch(mDirectoryWatch.Get(), mConfig.socketDirectory.c_str(),
+                        IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR) < 0 ||
+      !Watch(mDirectoryWatch.Get(), EPOLLIN)) {
+    Write(&ILogger::Warning, "Cannot watch {}: {}; a socket that is removed there stays away",
+          mConfig.socketDirectory, std::generic_category().message(errno));
+  }
+}
+
+void CAcceptor::RestoreSockets() {
+  std::array<char, 4096> events{};
+  while (read(mDirectoryWatch.Get(), events.data(), events.size()) > 0) {
+  }
+  for (const auto& socket : mSockets) {
+    if (socket->IsInPlace()) {
+      continue;
+    }
+    try {
+      socket->Listen();
+      if (mListening) {
+        Watch(socket->Descriptor(), EPOLLIN);
+      }
+      Write(&ILogger::Warning, "The socket of \"{}\" was removed; it is back", socket->Name());
+    } catch (const CommunicationException& exception) {
+      Write(&ILogger::Error, "The socket was removed and cannot be restored. {}", exception.what());
+    }
+  }
 }
 
 bool CAcceptor::Watch(int descriptor, unsigned events) {
@@ -105,6 +140,10 @@ void CAcceptor::Run() {
         mSilent.clear();
         mSockets.clear();
         return;
+      }
+      if (descriptor == mDirectoryWatch.Get()) {
+        RestoreSockets();
+        continue;
       }
       const auto socket = std::find_if(mSockets.begin(), mSockets.end(), [&](const auto& each) {
         return each->Descriptor() == descriptor;
@@ -148,8 +187,11 @@ void CAcceptor::Accept(const CServiceSocket& socket) {
       accept4(socket.Descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (!connection) {
     if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-      Write(&ILogger::Warning, "Cannot accept a connection to \"{}\": {}; trying again shortly",
-            socket.Name(), std::generic_category().message(errno));
+      const int error = errno;
+      if (MayLogRefusal()) {
+        Write(&ILogger::Warning, "Cannot accept a connection to \"{}\": {}; trying again shortly",
+              socket.Name(), std::generic_category().message(error));
+      }
       SetListening(false);
       mRetryAt = Clock::now() + kRetryAfterExhaustion;
     }
@@ -159,10 +201,13 @@ void CAcceptor::Accept(const CServiceSocket& socket) {
   Peer peer;
   if (!IdentifyPeer(connection.Get(), peer) ||
       !IsAllowed(peer, mConfig.allowedUsers, socket.Group())) {
-    Write(&ILogger::Warning,
+    if (MayLogRefusal()) {
+      Write(
+          &ILogger::Warning,
           "Refused process {} of user {} at \"{}\": only root, user {}, group {} and the users in "
           "\"AllowedUsers\" may connect",
           peer.pid, peer.user, socket.Name(), geteuid(), socket.Group());
+    }
     return;
   }
 
@@ -194,21 +239,25 @@ void CAcceptor::Greet(int descriptor) {
   }
   // A client sends the preface as one write, which a Unix socket delivers whole.
   if (std::string_view(bytes.data(), static_cast<size_t>(size)) != kPreface) {
-    Write(&ILogger::Warning, "Closed a connection to \"{}\" that does not speak HTTP/2",
-          greeted.service);
-    return;
-  }
-  if (!HasRoom()) {
-    if (Clock::now() - mRefusalLoggedAt >= kBetweenRefusalLines) {
-      mRefusalLoggedAt = Clock::now();
-      Write(&ILogger::Warning, "Refused a connection to \"{}\": {} are open already",
-            greeted.service, mServed.size());
+    if (MayLogRefusal()) {
+      Write(&ILogger::Warning, "Closed a connection to \"{}\" that does not speak HTTP/2",
+            greeted.service);
     }
     return;
   }
-  struct stat file {};
-  fstat(descriptor, &file);
-  mServed.push_back({descriptor, file.st_ino});
+  {
+    const std::lock_guard lock(mServedMutex);
+    if (!HasRoom()) {
+      if (MayLogRefusal()) {
+        Write(&ILogger::Warning, "Refused a connection to \"{}\": {} are open already",
+              greeted.service, mServed.size());
+      }
+      return;
+    }
+    struct stat file {};
+    fstat(descriptor, &file);
+    mServed.push_back({descriptor, file.st_ino});
+  }
   mHandover(std::move(greeted.connection));
 }
 
@@ -221,6 +270,26 @@ bool CAcceptor::HasRoom() {
     return fstat(served.descriptor, &file) != 0 || file.st_ino != served.inode;
   });
   return mServed.size() < mLimit;
+}
+
+bool CAcceptor::MayLogRefusal() {
+  if (Clock::now() - mRefusalLoggedAt < kBetweenRefusalLines) {
+    return false;
+  }
+  mRefusalLoggedAt = Clock::now();
+  return true;
+}
+
+void CAcceptor::Disconnect() {
+  const std::lock_guard lock(mServedMutex);
+  for (const Served& served : mServed) {
+    // The server may close its descriptor at any moment: look at a duplicate, which stays.
+    const CDescriptor connection(fcntl(served.descriptor, F_DUPFD_CLOEXEC, 0));
+    struct stat file {};
+    if (connection && fstat(connection.Get(), &file) == 0 && file.st_ino == served.inode) {
+      shutdown(connection.Get(), SHUT_RDWR);
+    }
+  }
 }
 
 void CAcceptor::DropExpired() {

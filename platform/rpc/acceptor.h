@@ -14,6 +14,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,9 @@ class CAcceptor {
   // Ends Run soon, also when it is called first.
   void Stop();
 
+  // Cuts the connections that were handed over and are still open, whatever their peers do.
+  void Disconnect();
+
  private:
   using Clock = std::chrono::steady_clock;
 
@@ -67,6 +71,9 @@ class CAcceptor {
   void Greet(int descriptor);
   void DropExpired();
   bool HasRoom();
+  void RestoreSockets();
+  void WatchDirectory();
+  bool MayLogRefusal();
 
   const CommunicationConfig mConfig;
   const size_t mLimit;
@@ -75,10 +82,12 @@ class CAcceptor {
   CDescriptor mWakeUp;
   std::vector<std::unique_ptr<CServiceSocket>> mSockets;
   std::list<Silent> mSilent;  // oldest first
-  std::vector<Served> mServed;
+  std::mutex mServedMutex;
+  std::vector<Served> mServed;  // guarded by mServedMutex
+  CDescriptor mDirectoryWatch;
   bool mListening = false;
   Clock::time_point mRetryAt{};          // when to listen again after running out of descriptors
-  Clock::time_point mRefusalLoggedAt{};  // one line a second at most
+  Clock::time_point mRefusalLoggedAt{};  // one line a second at most, whatever peers do
 };
 
 }  // namespace Rpc

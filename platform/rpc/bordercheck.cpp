@@ -24,16 +24,12 @@ std::string Check(const ipc::MInstanceType& message) {
   return CheckInstance("instance", message);
 }
 
-std::string Check(const ipc::MResult& message) {
-  return ipc::EResult_IsValid(message.result())
-             ? ""
-             : fmt::format("result: {} is not a known result", message.result());
+std::string Check(const ipc::MResult&) {
+  return {};
 }
 
-std::string Check(const ipc::MState& message) {
-  return ipc::EState_IsValid(message.state())
-             ? ""
-             : fmt::format("state: {} is not a known state", message.state());
+std::string Check(const ipc::MState&) {
+  return {};
 }
 
 std::string Check(const ipc::MAlive&) {
@@ -48,7 +44,7 @@ std::string Check(const ipc::MLogConfig& message) {
 }
 
 std::string Check(const ipc::MFeedbackEvent& message) {
-  return CheckInstance("instance", message.instance());
+  return message.has_type() ? CheckInstance("instance", message.instance()) : "type: missing";
 }
 
 std::string Check(const ipc::MDiagnosticsSignal& message) {
@@ -68,8 +64,16 @@ std::string Check(const ipc::MDiagnosticsRequest& message) {
 }
 
 std::string Check(const ipc::MDiagnosticsNotification& message) {
-  const std::string error = Check(message.signal());
-  return error.empty() ? error : "signal." + error;
+  if (!message.has_type()) {
+    return "type: missing";
+  }
+  if (message.type().type() != ipc::MDiagnosticsNotificationType::EError) {
+    return {};
+  }
+  // A kind of value that is not known here is a value all the same: the error is not active.
+  return message.signal().data().empty()
+             ? "signal.data: an error carries at least one value"
+             : CheckInstance("signal.instance", message.signal().instance());
 }
 
 std::string Check(const ipc::MConnectorInfo&) {

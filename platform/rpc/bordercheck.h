@@ -2,8 +2,9 @@
 //
 // Each check returns a text that names the field and what was expected, or an empty text when the
 // message is good. Enumeration values that the layers above have an answer of their own for (an
-// unknown connector state, feedback event, signal identifier or notification type, which a newer
-// peer may well send) pass; everything that they could only fail on does not.
+// unknown connector state, feedback event, signal identifier, notification type, lifecycle state
+// or result, which a newer peer may well send) pass; everything that they could only fail on does
+// not. Of notifications, only errors reach a handler that looks into them.
 #pragma once
 
 #include <string>

@@ -37,6 +37,13 @@ void CClientContext::OnStop(std::function<void()> stop) {
   stop();
 }
 
+void CClientContext::PrepareStop() {
+  const std::lock_guard lock(mMutex);
+  for (const auto& [name, channel] : mChannels) {
+    channel->PrepareStop();
+  }
+}
+
 void CClientContext::Stop() {
   std::vector<std::function<void()>> stops;
   std::map<std::string, std::shared_ptr<CServiceChannel>> channels;

@@ -29,6 +29,8 @@ class CClientContext {
   // Registers what ends a subscription; called at once when the context has been stopped already.
   void OnStop(std::function<void()> stop);
 
+  void PrepareStop();
+
   // Ends all calls, subscriptions and the queue. Harmless when repeated.
   void Stop();
 

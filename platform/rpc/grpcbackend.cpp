@@ -6,6 +6,7 @@
 #include <grpcpp/server_posix.h>
 
 #include <chrono>
+#include <future>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,9 @@ using namespace std::chrono_literals;
 constexpr int kMostThreads = 96;
 constexpr int kMostCallsAConnection = 32;
 constexpr auto kStopGrace = 100ms;
+
+// A connection without a call makes room for others; its client opens a new one when it needs it.
+constexpr int kIdleMilliseconds = 5'000;
 
 template <typename Interface>
 class CClient final : public Rpc::IClient<Interface> {
@@ -75,6 +79,7 @@ class GrpcBackend::CImplementation {
     builder.SetResourceQuota(grpc::ResourceQuota("requests").SetMaxThreads(kMostThreads));
     builder.SetMaxReceiveMessageSize(Rpc::kMessageLimit);
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostCallsAConnection);
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, kIdleMilliseconds);
     builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_PERMIT_WITHOUT_CALLS, 1);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, 5'000);
     mServer = builder.BuildAndStart();
@@ -97,11 +102,19 @@ class GrpcBackend::CImplementation {
 
   void HandleClientNotifications() { mClients->Queue()->Run(); }
 
+  void PrepareStop() { mClients->PrepareStop(); }
+
   void Stop() {
     mAcceptor.Stop();
     mClients->Stop();
     if (mServer) {
-      mServer->Shutdown(std::chrono::system_clock::now() + kStopGrace);
+      // A peer that does not read keeps its cancelled stream open; its connection is cut then.
+      auto ended = std::async(std::launch::async, [this] {
+        mServer->Shutdown(std::chrono::system_clock::now() + kStopGrace);
+      });
+      while (ended.wait_for(2 * kStopGrace) != std::future_status::ready) {
+        mAcceptor.Disconnect();
+      }
     }
   }
 
@@ -140,6 +153,9 @@ void GrpcBackend::RunServer() {
 }
 void GrpcBackend::HandleClientNotifications() {
   mImplementation->HandleClientNotifications();
+}
+void GrpcBackend::PrepareStop() {
+  mImplementation->PrepareStop();
 }
 void GrpcBackend::Stop() {
   mImplementation->Stop();

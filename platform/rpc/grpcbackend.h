@@ -27,8 +27,8 @@ class GrpcBackend {
   // For the messages of every backend of this process; set before the first one is constructed.
   static void SetLogger(std::shared_ptr<Rpc::ILogger> logger);
 
-  // The path of the store; a missing file means the defaults. Throws Rpc::CommunicationException
-  // where the section "communication" is not usable, naming file, key, found and expected.
+  // The path of the store; a missing file means the defaults, and so does what is not usable in the
+  // section "communication", which is logged.
   explicit GrpcBackend(const std::string& configPath);
   virtual ~GrpcBackend();
   GrpcBackend(const GrpcBackend&) = delete;
@@ -47,6 +47,10 @@ class GrpcBackend {
 
   // Runs the clients' notification callbacks, in order, until Stop.
   void HandleClientNotifications();
+
+  // For a process that is about to stop: calls to peers that are under way end at once, later ones
+  // get 200 ms, so that no peer that hangs holds up what is still to be done.
+  void PrepareStop();
 
   // Ends everything within a bounded time: refuses new calls, cancels what is under way, removes
   // the sockets. Requests that are still inside a service when it is called hold it up, so their

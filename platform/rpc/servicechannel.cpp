@@ -5,6 +5,7 @@
 #include <grpcpp/security/credentials.h>
 #include <grpcpp/support/channel_arguments.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/rpc/bordercheck.h"
@@ -19,6 +20,7 @@ using namespace std::chrono_literals;
 // The standard health protocol; any answer, also "unimplemented", says that the peer lives.
 constexpr const char* kProbeMethod = "/grpc.health.v1.Health/Check";
 constexpr auto kProbeLimit = 30s;
+constexpr std::chrono::milliseconds kTimeLimitAtStop = 200ms;
 
 grpc::ChannelArguments Arguments() {
   grpc::ChannelArguments arguments;
@@ -59,7 +61,7 @@ void CServiceChannel::Call(const char* operation,
     if (mStopped) {
       fail("this process is stopping");
     }
-    if (mProbeContext) {
+    if (mHangs) {
       fail("the service does not answer");
     }
     mCalls.insert(&context);
@@ -73,18 +75,26 @@ void CServiceChannel::Call(const char* operation,
     return;
   }
   if (status.error_code() == grpc::StatusCode::DEADLINE_EXCEEDED) {
-    Probe();
+    Probe(true);
     fail(fmt::format("no answer within {} ms", mTimeLimit.load().count()));
   }
-  fail(status.error_code() == grpc::StatusCode::UNAVAILABLE
-           ? fmt::format("the service is not there ({})", status.error_message())
-           : status.error_message());
+  if (status.error_code() == grpc::StatusCode::UNAVAILABLE) {
+    Probe(false);
+    fail(fmt::format("the service is not there ({})", status.error_message()));
+  }
+  fail(status.error_message());
 }
 
-void CServiceChannel::Probe() {
+void CServiceChannel::Probe(bool hangs) {
   const std::lock_guard lock(mMutex);
-  if (!mStopped && !mProbeContext) {
+  if (mStopped) {
+    return;
+  }
+  if (hangs && !mHangs) {
     Write(&ILogger::Warning, "\"{}\" hangs: calls fail at once until it answers again", mName);
+    mHangs = true;
+  }
+  if (!mProbeContext) {
     StartProbe();
   }
 }
@@ -106,19 +116,35 @@ void CServiceChannel::OnProbed(const grpc::Status& status) {
   ended = std::move(mProbeContext);
   if (mStopped) {
     mProbeEnded.notify_all();
-  } else if (status.error_code() == grpc::StatusCode::DEADLINE_EXCEEDED) {
+    return;
+  }
+  if (status.error_code() == grpc::StatusCode::DEADLINE_EXCEEDED) {
     StartProbe();
-  } else {
-    Write(&ILogger::Info, "\"{}\" answers again", mName);
+    return;
+  }
+  if (mHangs) {
+    const bool gone = status.error_code() == grpc::StatusCode::UNAVAILABLE;
+    Write(&ILogger::Info, "\"{}\" {}", mName, gone ? "is gone" : "answers again");
+    mHangs = false;
+  }
+}
+
+void CServiceChannel::PrepareStop() {
+  const std::lock_guard lock(mMutex);
+  mTimeLimit = std::min(mTimeLimit.load(), kTimeLimitAtStop);
+  CancelCalls();
+}
+
+void CServiceChannel::CancelCalls() {
+  for (grpc::ClientContext* call : mCalls) {
+    call->TryCancel();
   }
 }
 
 void CServiceChannel::Stop() {
   std::unique_lock lock(mMutex);
   mStopped = true;
-  for (grpc::ClientContext* call : mCalls) {
-    call->TryCancel();
-  }
+  CancelCalls();
   if (mProbeContext) {
     mProbeContext->TryCancel();
   }

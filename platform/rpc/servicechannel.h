@@ -1,8 +1,9 @@
 // The connection to one named service, and how calls behave when the service is down or hangs.
 //
-// A service that is down fails a call within milliseconds. A service that hangs costs one call its
-// whole time limit; from then on calls fail at once, until a probe on the same connection has been
-// answered. So a hung peer slows its callers down once, not each time.
+// A service that is down fails a call within milliseconds; from then on a request waits for it, so
+// that the connection is there again soon after the service is. A service that hangs costs one call
+// its whole time limit; from then on calls fail at once, until a probe on the same connection has
+// been answered. So a hung peer slows its callers down once, not each time.
 //
 // Only for platform/rpc: includes gRPC.
 #pragma once
@@ -37,13 +38,17 @@ class CServiceChannel {
   // service, the operation and the reason.
   void Call(const char* operation, const std::function<grpc::Status(grpc::ClientContext&)>& call);
 
+  // Ends the calls under way and gives later ones little time.
+  void PrepareStop();
+
   // Ends the calls under way and fails all later ones.
   void Stop();
 
  private:
-  void Probe();
+  void Probe(bool hangs);
   void StartProbe();
   void OnProbed(const grpc::Status& status);
+  void CancelCalls();
 
   const std::string mName;
   const std::shared_ptr<grpc::Channel> mChannel;
@@ -53,7 +58,8 @@ class CServiceChannel {
   std::mutex mMutex;
   std::condition_variable mProbeEnded;
   std::set<grpc::ClientContext*> mCalls;               // guarded by mMutex
-  std::unique_ptr<grpc::ClientContext> mProbeContext;  // guarded by mMutex; set while hung
+  std::unique_ptr<grpc::ClientContext> mProbeContext;  // guarded by mMutex; set while probing
+  bool mHangs = false;                                 // guarded by mMutex
   grpc::ByteBuffer mProbeRequest;
   grpc::ByteBuffer mProbeResponse;
   bool mStopped = false;  // guarded by mMutex

@@ -23,7 +23,23 @@ namespace {
 constexpr int kBacklog = 64;
 
 std::string ErrnoText() {
-  return std::generic_category().message(errno);
+  const int error = errno;
+  std::string text = std::generic_category().message(error);
+  if (error == EACCES || error == EPERM || error == EROFS) {
+    text += "; run it as a user who may write there, or give it another \"SocketDirectory\"";
+  }
+  return text;
+}
+
+// Whether the path still names the open file (or, for a socket, the file that was bound).
+bool Names(const std::string& path, ino_t inode) {
+  struct stat file {};
+  return stat(path.c_str(), &file) == 0 && file.st_ino == inode;
+}
+
+ino_t InodeOf(const CDescriptor& descriptor) {
+  struct stat file {};
+  return fstat(descriptor.Get(), &file) == 0 ? file.st_ino : 0;
 }
 
 [[noreturn]] void Fail(const std::string& name, const std::string& what) {
@@ -71,23 +87,33 @@ CServiceSocket::CServiceSocket(const std::string& directory, const std::string& 
   std::error_code error;
   std::filesystem::create_directories(directory, error);
   if (error) {
-    Fail(mName, fmt::format("cannot create {}: {}", directory, error.message()));
+    errno = error.value();
+    Fail(mName, fmt::format("cannot create {}: {}", directory, ErrnoText()));
   }
   TakeLock();
   try {
     RefuseLiveListener();
   } catch (...) {
-    unlink(mLockPath.c_str());
+    RemoveLock();
     throw;
   }
 }
 
 CServiceSocket::~CServiceSocket() {
-  struct stat now {};
-  if (mListener && stat(mPath.c_str(), &now) == 0 && now.st_ino == mInode) {
+  if (IsInPlace()) {
     unlink(mPath.c_str());
   }
-  unlink(mLockPath.c_str());
+  RemoveLock();
+}
+
+bool CServiceSocket::IsInPlace() const {
+  return mListener && Names(mPath, mInode);
+}
+
+void CServiceSocket::RemoveLock() {
+  if (Names(mLockPath, InodeOf(mLock))) {
+    unlink(mLockPath.c_str());
+  }
 }
 
 void CServiceSocket::TakeLock() {
@@ -109,17 +135,16 @@ void CServiceSocket::TakeLock() {
                               "another \"SocketDirectory\"",
                               mPath, known ? ProcessText(pid) : "another process"));
     }
-    struct stat locked {};
-    struct stat named {};
-    if (fstat(mLock.Get(), &locked) == 0 && stat(mLockPath.c_str(), &named) == 0 &&
-        locked.st_ino == named.st_ino) {
+    if (Names(mLockPath, InodeOf(mLock))) {
       break;
     }
   }
   const std::string pid = fmt::format("{}\n", getpid());
   if (ftruncate(mLock.Get(), 0) != 0 ||
       pwrite(mLock.Get(), pid.data(), pid.size(), 0) != static_cast<ssize_t>(pid.size())) {
-    Fail(mName, fmt::format("cannot write {}: {}", mLockPath, ErrnoText()));
+    const std::string reason = ErrnoText();
+    RemoveLock();
+    Fail(mName, fmt::format("cannot write {}: {}", mLockPath, reason));
   }
 }
 
@@ -138,6 +163,9 @@ void CServiceSocket::RefuseLiveListener() const {
     Fail(mName,
          fmt::format("{} is served already by {}; stop it first", mPath,
                      known && holder.pid != 0 ? ProcessText(holder.pid) : "another process"));
+  }
+  if (errno == EACCES) {
+    Fail(mName, fmt::format("{} belongs to another user's process: {}", mPath, ErrnoText()));
   }
   if (errno == ECONNREFUSED) {
     struct stat file {};

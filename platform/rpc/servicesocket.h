@@ -26,8 +26,11 @@ class CServiceSocket {
   CServiceSocket(const CServiceSocket&) = delete;
   CServiceSocket& operator=(const CServiceSocket&) = delete;
 
-  // Binds and listens. Throws as the constructor does.
+  // Binds and listens, again too, when the file has gone. Throws as the constructor does.
   void Listen();
+
+  // Whether the path still leads to this listener.
+  bool IsInPlace() const;
 
   const std::string& Name() const { return mName; }
 
@@ -39,6 +42,7 @@ class CServiceSocket {
 
  private:
   void TakeLock();
+  void RemoveLock();
   void RefuseLiveListener() const;
 
   const std::string mName;

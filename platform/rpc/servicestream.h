@@ -11,7 +11,6 @@
 #include <optional>
 #include <utility>
 
-#include "platform/rpc/bordercheck.h"
 #include "platform/rpc/publisher.h"
 
 namespace Rpc {
@@ -28,6 +27,10 @@ class CServiceStream : public Reactor, public CPublisher<Message>::ISubscriber {
     if (mFinished) {
       CBacklog<Message>::Complete(item);
       return;
+    }
+    ++mSequence;  // counted before anything is dropped, so that a gap shows it
+    if constexpr (requires(Message & message) { message.set_sequence(mSequence); }) {
+      item.message.set_sequence(mSequence);
     }
     mBacklog.Push(std::move(item));
     SendNext();
@@ -61,10 +64,6 @@ class CServiceStream : public Reactor, public CPublisher<Message>::ISubscriber {
       return;
     }
     mCurrent = mBacklog.Pop();
-    ++mSequence;
-    if constexpr (requires(Message & message) { message.set_sequence(mSequence); }) {
-      mCurrent->message.set_sequence(mSequence);
-    }
     mWriting = true;
     this->StartWrite(&mCurrent->message);
   }
@@ -146,12 +145,8 @@ class CRepliedStream final
       this->FinishOnce();
       return;
     }
-    if (this->mCurrent && mReply.sequence() == this->mSequence) {
-      ipc::MResult result = mReply.result();
-      if (!Check(result).empty()) {
-        result.set_result(ipc::EResultIllegal);
-      }
-      this->CompleteCurrent(result);
+    if (this->mCurrent && mReply.sequence() == this->mCurrent->message.sequence()) {
+      this->CompleteCurrent(mReply.result());
     }
     if (!this->mFinished) {
       this->StartRead(&mReply);

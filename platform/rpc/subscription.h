@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -65,7 +66,9 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
       if (mStream) {
         mStream->Cancel();
       }
-      mAlarm.Cancel();
+      if (mAlarm) {
+        mAlarm->Cancel();
+      }
     }
     const std::lock_guard handlerIsDone(mHandlerMutex);
   }
@@ -103,13 +106,16 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
 
     void OnReadInitialMetadataDone(bool ok) override {
       if (ok) {
-        mStood = true;
+        mStoodSince = std::chrono::steady_clock::now();
         Write(&ILogger::Info, "Subscribed to \"{}\"", mOwner->mChannel->Name());
       }
     }
 
     void OnReadDone(bool ok) override {
-      if (ok) {
+      if (!ok) {
+        // Also after a message that cannot be read, which ends the reading but not the call.
+        mContext.TryCancel();
+      } else {
         // The hold keeps this stream until the task has started its operations or was dropped.
         this->AddHold();
         std::shared_ptr<void> hold(nullptr, [this](void*) { this->RemoveHold(); });
@@ -117,7 +123,7 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
       }
     }
 
-    void OnDone(const grpc::Status& status) override { mOwner->OnStreamDone(status, mStood); }
+    void OnDone(const grpc::Status& status) override { mOwner->OnStreamDone(status, mStoodSince); }
 
    private:
     void Handle() {
@@ -144,7 +150,7 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
     grpc::ClientContext mContext;
     Request mRequest;
     Notification mNotification;
-    bool mStood = false;
+    std::optional<std::chrono::steady_clock::time_point> mStoodSince;
   };
 
   void Open() {
@@ -176,7 +182,8 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
     }
   }
 
-  void OnStreamDone(const grpc::Status& status, bool stood) {
+  void OnStreamDone(const grpc::Status& status,
+                    std::optional<std::chrono::steady_clock::time_point> stoodSince) {
     std::unique_ptr<CStream> ended;
     const std::lock_guard lock(mMutex);
     ended = std::move(mStream);
@@ -184,20 +191,25 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
       mEnded.notify_all();
       return;
     }
-    const bool refused = !stood && status.error_code() != grpc::StatusCode::UNAVAILABLE;
-    if (stood || refused != mRefused) {
+    // A peer that went down is waited for by the next stream itself; one that ends its streams as
+    // soon as they stand is not asked again and again.
+    const bool lasted =
+        stoodSince && std::chrono::steady_clock::now() - *stoodSince >= kPauseAfterRefusal;
+    const bool isDown = !stoodSince && status.error_code() == grpc::StatusCode::UNAVAILABLE;
+    if (lasted || (!isDown && !mRefused)) {
       Write(&ILogger::Warning, "Subscription to \"{}\" {}: {}; renewing it", mChannel->Name(),
-            stood ? "broke" : "was refused", status.error_message());
+            stoodSince ? "broke" : "was refused", status.error_message());
     }
-    mRefused = refused;
+    mRefused = !lasted && !isDown;
     mAlarmSet = true;
-    mAlarm.Set(std::chrono::system_clock::now() + (refused ? kPauseAfterRefusal : kPause),
-               // The alarm keeps this even after it has gone off.
-               [weak = this->weak_from_this()](bool) {
-                 if (const auto self = weak.lock()) {
-                   self->OnAlarm();
-                 }
-               });
+    mAlarm.emplace();
+    mAlarm->Set(std::chrono::system_clock::now() + (mRefused ? kPauseAfterRefusal : kPause),
+                // The alarm keeps this even after it has gone off.
+                [weak = this->weak_from_this()](bool) {
+                  if (const auto self = weak.lock()) {
+                    self->OnAlarm();
+                  }
+                });
   }
 
   void OnAlarm() {
@@ -219,11 +231,11 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
   std::recursive_mutex mHandlerMutex;  // held while the handler runs; taken before mMutex
   std::mutex mMutex;
   std::condition_variable mEnded;
-  std::unique_ptr<CStream> mStream;  // guarded by mMutex
-  grpc::Alarm mAlarm;                // guarded by mMutex
-  bool mAlarmSet = false;            // guarded by mMutex
-  bool mStopping = false;            // guarded by mMutex
-  bool mRefused = false;             // guarded by mMutex
+  std::unique_ptr<CStream> mStream;   // guarded by mMutex
+  std::optional<grpc::Alarm> mAlarm;  // guarded by mMutex; a new one each time
+  bool mAlarmSet = false;             // guarded by mMutex
+  bool mStopping = false;             // guarded by mMutex
+  bool mRefused = false;              // guarded by mMutex
 };
 
 }  // namespace Rpc

@@ -54,6 +54,10 @@ void RunLogged(CPostedCall& call) {
 // point that passed while the call was late or busy is skipped.
 CWorkerThread::TimePoint NextDue(CWorkerThread::TimePoint due, std::chrono::nanoseconds period,
                                  CWorkerThread::TimePoint start, CWorkerThread::TimePoint end) {
+  // However long ago the first point was, and however far the next one: no step beyond the clock.
+  constexpr auto kFar = std::chrono::hours(24 * 365 * 50);
+  period = std::min<std::chrono::nanoseconds>(period, kFar);
+  due = std::max(due, start - kFar);
   const auto afterStart = (start - due) / period + 1;
   const auto notBeforeEnd = (end - due + period - 1ns) / period;
   return due + std::max(afterStart, notBeforeEnd) * period;
@@ -86,10 +90,12 @@ void CWorkerThread::Stop() {
     AskForEnd();
     return;
   }
-  const std::lock_guard threadLock(mThreadMutex);
-  AskForEnd();
-  if (mThread.joinable()) {
-    mThread.join();
+  {
+    const std::lock_guard threadLock(mThreadMutex);
+    AskForEnd();
+    if (mThread.joinable()) {
+      mThread.join();
+    }
   }
   DropQueue(Lock(mMutex));
 }

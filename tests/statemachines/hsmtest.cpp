@@ -153,9 +153,9 @@ TEST(AnActionHandler, PostsNothingWithoutAMachine) {
 }
 
 TEST_F(AMachine, GivesTheHandlerThePostedEventBack) {
-  auto handled = mHandler->Post<Opened>()->GetHandled();
+  const auto posted = mHandler->Post<Opened>();
   RunUntilIdle();
-  EXPECT_FALSE(handled.get());
+  EXPECT_FALSE(posted->GetHandled().get()) << "the machine has answered this very event";
 }
 
 }  // namespace

@@ -95,6 +95,15 @@ class TheDaemon(unittest.TestCase):
             each.close()
         self.assertTrue(self.answers(limit=2))
 
+    def test_goes_on_when_nobody_reads_its_console_any_more(self):
+        daemon = self.charger.daemon("-v", "-v")
+        self.answers()
+        daemon.stdout.close()
+        self.connections(1)[0].send(b"not the protocol, so that it logs a line")
+        self.answers()
+        daemon.send_signal(signal.SIGINT)
+        self.assertEqual(daemon.wait(GENEROUS), 0)
+
     def test_logs_to_the_console_unless_told_to_be_quiet(self):
         for options, speaks in ([[], True], [["-q"], False], [["--quiet"], False]):
             daemon = self.charger.daemon(*options)

@@ -40,7 +40,9 @@ class Charger:
     def close(self):
         for child in self._children:
             child.kill()
-            child.communicate()
+            child.wait()
+            child.stdin.close()
+            child.stdout.close()
         shutil.rmtree(self.root)
 
     def daemon(self, *options, **arguments):

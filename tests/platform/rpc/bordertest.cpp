@@ -35,7 +35,8 @@ TEST(TheBorder, TakesTheInstancesOfThisChargerOnly) {
       *message.mutable_instance() = Signal(instance).instance();
       return Rpc::Check(message);
     };
-    EXPECT_THAT(inMessage(ipc::MFeedbackEvent()), expected);
+    EXPECT_THAT(inMessage(With<ipc::MFeedbackEvent>([](auto& event) { event.mutable_type(); })),
+                expected);
     EXPECT_THAT(inMessage(ipc::MDiagnosticsRequest()), expected);
     EXPECT_THAT(inMessage(ipc::MAuthorizeRequest()), expected);
   }
@@ -52,7 +53,10 @@ TEST(TheBorder, RefusesASignalWithoutAValueNamingTheField) {
   EXPECT_THAT(Rpc::Check(signal), HasSubstr("data:")) << "each entry counts";
 
   ipc::MDiagnosticsNotification notification;
+  EXPECT_THAT(Rpc::Check(notification), HasSubstr("type: missing"));
+  notification.mutable_type()->set_type(ipc::MDiagnosticsNotificationType::EError);
   EXPECT_THAT(Rpc::Check(notification), HasSubstr("signal.data:"));
+  EXPECT_THAT(Rpc::Check(ipc::MFeedbackEvent()), HasSubstr("type: missing"));
   EXPECT_THAT(Rpc::Check(ipc::MConnectorStateNotification()), HasSubstr("state:"));
 }
 
@@ -60,12 +64,6 @@ TEST(TheBorder, RefusesValuesThatNothingBehindItHasAnAnswerFor) {
   EXPECT_THAT(Rpc::Check(With<ipc::MLogConfig>(
                   [](auto& message) { message.set_level(static_cast<ipc::ELogLevel>(7)); })),
               HasSubstr("level: 7"));
-  EXPECT_THAT(Rpc::Check(With<ipc::MState>(
-                  [](auto& message) { message.set_state(static_cast<ipc::EState>(7)); })),
-              HasSubstr("state: 7"));
-  EXPECT_THAT(Rpc::Check(With<ipc::MResult>(
-                  [](auto& message) { message.set_result(static_cast<ipc::EResult>(2)); })),
-              HasSubstr("result: 2"));
   EXPECT_THAT(
       Rpc::Check(With<ipc::MDisplayBrightness>([](auto& message) { message.set_percentage(101); })),
       HasSubstr("percentage: 101"));
@@ -83,6 +81,14 @@ TEST(TheBorder, LetsNewerValuesPassThatTheLayersAboveAnswer) {
   auto signal = Signal(1);
   signal.set_identifier(static_cast<ipc::ESignalIdentifier>(123456));
   EXPECT_THAT(Rpc::Check(signal), IsEmpty());
+
+  ipc::MDiagnosticsNotification notification;
+  notification.mutable_signal()->add_data();
+  for (const int type : {0, 1, 2, 42}) {
+    notification.mutable_type()->set_type(
+        static_cast<ipc::MDiagnosticsNotificationType::Type>(type));
+    EXPECT_THAT(Rpc::Check(notification), IsEmpty()) << type;
+  }
 }
 
 }  // namespace

@@ -220,6 +220,24 @@ TEST_F(TheDoor, SurvivesHundredsOfAbruptEnds) {
   EXPECT_TRUE(Answers());
 }
 
+TEST_F(TheDoor, ServesOthersAgainAfterIdleConnectionsTookAllPlaces) {
+  // The preface and an empty SETTINGS frame (RFC 9113, section 6.5), and then nothing.
+  const std::string greeting("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n\0\0\0\4\0\0\0\0\0", 33);
+  std::vector<CDescriptor> idle;
+  for (int i = 0; i < 80; ++i) {
+    idle.push_back(Connected(mPath));
+    send(idle.back().Get(), greeting.data(), greeting.size(), MSG_NOSIGNAL);
+  }
+  EXPECT_TRUE(Answers());
+}
+
+TEST_F(TheDoor, IsBackWhenItsSocketWasRemoved) {
+  std::filesystem::remove(mPath);
+  EXPECT_TRUE(Answers());
+  std::filesystem::rename(mPath, mPath + ".moved");
+  EXPECT_TRUE(Answers());
+}
+
 TEST_F(TheDoor, OpensAgainAfterTheProcessRanOutOfDescriptors) {
   ASSERT_TRUE(Answers());
   std::vector<CDescriptor> clients;

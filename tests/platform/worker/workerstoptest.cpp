@@ -235,6 +235,7 @@ TEST_F(AnEndingWorker, ReleasesWhatACallHoldsAsSoonAsItCannotRunAgain) {
     WorkerCallHandle handle;
     std::shared_ptr<void> held(nullptr, [&](void*) {
       worker.IsRunning();
+      worker.Stop();
       handle->Cancel();
       released = true;
     });
