@@ -6,11 +6,15 @@
 #include <thread>
 #include <vector>
 
-#include "platform/ipc/diagnostics.pb.h"
 #include "platform/rpc/appcommunicationhost.h"
 #include "platform/worker/worker.h"
+#include "src/components/feedbackhsmactionhandler.h"
+#include "src/configerrors.h"
+#include "src/feedbackservice.h"
+#include "statemachines/feedbackhsm.h"
+#include "statemachines/processcontrolservice.h"
+#include "statemachines/utils/statemachinesutility.h"
 
-class IConnector;
 class IDiagnostics;
 class IMeter;
 
@@ -21,18 +25,30 @@ class CFeedback {
   // throws, among them Rpc::CommunicationException when another process serves these services.
   explicit CFeedback(const std::string& root);
   ~CFeedback();
+  CFeedback(const CFeedback&) = delete;
+  CFeedback& operator=(const CFeedback&) = delete;
 
-  // Serves until SIGINT, which must be blocked in all threads.
+  // Serves until the machine has reached its end, which SIGINT asks for. Once.
   void Run();
 
  private:
-  void ConnectIDiagnostics() const;
+  using Machine = CHsm<CFeedbackHsmActionHandlerBase>;
 
+  void ConnectIDiagnostics() const;
+  void ConnectIFeedback() const;
+  void RunStateMachine() const;
+  void Stop();
+
+  const std::shared_ptr<CConfigErrors> mConfigErrors = std::make_shared<CConfigErrors>();
   std::shared_ptr<AppCommunicationHost<GrpcBackend>> mHost;
+  std::shared_ptr<CProcessControlService> mProcessControlService;
+  std::shared_ptr<CFeedbackService> mFeedbackService;
+  std::shared_ptr<CFeedbackHsmActionHandler> mActionHandler;
+  std::shared_ptr<Machine> mMachine;
   std::shared_ptr<IDiagnostics> mDiagnostics;
   std::vector<std::shared_ptr<IMeter>> mMeters;
-  std::vector<std::shared_ptr<IConnector>> mConnectors;
   std::thread mServerThread;
   std::thread mNotificationThread;
+  CProcessControlBridge mBridge;
   std::shared_ptr<CWorker> mWorker;
 };

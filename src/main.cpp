@@ -6,20 +6,9 @@
 #include "platform/rpc/grpcbackend.h"
 #include "src/commandline.h"
 #include "src/feedback.h"
+#include "src/interrupt.h"
 #include "src/kvlogger.h"
 #include "src/terminatehandler.h"
-
-namespace {
-
-// Every thread inherits this, so that SIGINT waits for the one that takes it.
-void BlockInterrupt() {
-  sigset_t interrupt;
-  sigemptyset(&interrupt);
-  sigaddset(&interrupt, SIGINT);
-  pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
-}
-
-}  // namespace
 
 int main(int argumentCount, char* arguments[]) {
   Log::Init("Feedback", Log::ELogLevel::EInfo);
@@ -28,9 +17,9 @@ int main(int argumentCount, char* arguments[]) {
   if (!commandLine) {
     return 1;
   }
+  Interrupt::StartThread();
   // A console whose reader has gone must not end the process: the log deals with failing writes.
   std::signal(SIGPIPE, SIG_IGN);
-  BlockInterrupt();
   GrpcBackend::SetLogger(std::make_shared<Rpc::KvLogger>());
   CFeedback feedback(commandLine->root);
   feedback.Run();

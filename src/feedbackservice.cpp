@@ -1,0 +1,6 @@
+#include "src/feedbackservice.h"
+
+ipc::MResult CFeedbackService::TriggerFeedbackEvent(const ipc::MFbEventType& event,
+                                                    const ipc::MInstanceType& instance) {
+  return mEventCallback(event, instance);
+}
