@@ -5,11 +5,12 @@ import resource
 import signal
 import socket
 import subprocess
+import time
 import unittest
 
 import grpc
-from ipc import common_pb2, logconfig_pb2_grpc
-from processes import GENEROUS, Charger, interrupt
+from ipc import common_pb2, feedback_pb2, feedback_pb2_grpc, genericcontrol_pb2, logconfig_pb2_grpc
+from processes import EMPTY, GENEROUS, Charger, interrupt
 
 USAGE = (
     "usage: {program} [OPTION]\n"
@@ -26,9 +27,9 @@ class TheDaemon(unittest.TestCase):
 
     def answers(self, limit=GENEROUS):
         """Whether its log service answers, to a new connection each time it is asked."""
-        with grpc.insecure_channel(self.charger.target("FeedbackLog")) as channel:
+        with self.charger.channel("FeedbackLog") as channel:
             log = logconfig_pb2_grpc.LogConfigStub(channel)
-            log.GetLogConfig(common_pb2.MEmpty(), timeout=limit, wait_for_ready=True)
+            log.GetLogConfig(EMPTY, timeout=limit, wait_for_ready=True)
         return True
 
     def connections(self, count):
@@ -59,9 +60,82 @@ class TheDaemon(unittest.TestCase):
     def test_ends_also_when_its_peers_stand_still(self):
         peers = [self.charger.peer("diagnostics"), self.charger.peer("session-manager")]
         daemon = self.charger.daemon()
-        self.answers()
+        self.charger.initialise_and_enable()
         for peer in peers:
             peer.send_signal(signal.SIGSTOP)
+        self.assertEqual(interrupt(daemon)[0], 0)
+
+    def test_lives_the_life_that_the_board_controller_steers(self):
+        daemon = self.charger.daemon()
+        channel, control = self.charger.control()
+        self.addCleanup(channel.close)
+        reported = control.WatchState(EMPTY, timeout=GENEROUS, wait_for_ready=True)
+        self.assertEqual(next(reported).state, genericcontrol_pb2.EStateUninitialized)
+        self.assertEqual(control.Enable(EMPTY).result, common_pb2.EResultIllegal)
+        self.assertEqual(control.Disable(EMPTY).result, common_pb2.EResultOk)
+        self.assertEqual(next(reported).state, genericcontrol_pb2.EStateDisabled)
+        for _ in range(2):
+            self.assertEqual(control.Enable(EMPTY).result, common_pb2.EResultOk)
+            self.assertEqual(next(reported).state, genericcontrol_pb2.EStateEnabled)
+        alive = control.WatchAlive(EMPTY, timeout=GENEROUS)
+        self.assertGreater(next(alive).sequence, 0)
+        self.assertEqual(control.Disable(EMPTY).result, common_pb2.EResultOk)
+        self.assertEqual(next(reported).state, genericcontrol_pb2.EStateDisabled)
+        self.assertEqual(interrupt(daemon)[0], 0)
+
+    def test_takes_feedback_events_only_while_it_is_enabled(self):
+        self.charger.daemon()
+        channel = self.charger.channel("Feedback")
+        self.addCleanup(channel.close)
+        feedback = feedback_pb2_grpc.FeedbackStub(channel)
+
+        def trigger(number, instance=0):
+            return feedback.TriggerFeedbackEvent(feedback_pb2.MFeedbackEvent(
+                type=feedback_pb2.MFbEventType(event=number),
+                instance=common_pb2.MInstanceType(instance=instance)),
+                timeout=GENEROUS, wait_for_ready=True).result
+
+        self.assertEqual(trigger(feedback_pb2.EFbEventTypeIdentify), common_pb2.EResultIllegal)
+        self.charger.initialise_and_enable()
+        for number in (*feedback_pb2.EFbEventType.values(), 42):
+            self.assertEqual(trigger(number), common_pb2.EResultOk)
+        for instance in (2, -1, 1000):
+            with self.assertRaises(grpc.RpcError) as refused:
+                trigger(feedback_pb2.EFbEventTypeIdentify, instance)
+            self.assertEqual(refused.exception.code(), grpc.StatusCode.INVALID_ARGUMENT)
+
+    def test_reports_a_fatal_error_where_its_store_is_no_store(self):
+        self.charger.store.write_text('{"communication": {"SocketDirectory": "%s"}, "settings": 5}'
+                                      % self.charger.sockets)
+        daemon = self.charger.daemon()
+        channel, control = self.charger.control()
+        self.addCleanup(channel.close)
+        reported = control.WatchState(EMPTY, timeout=GENEROUS, wait_for_ready=True)
+        next(state for state in reported if state.state == genericcontrol_pb2.EStateFatalError)
+        self.assertEqual(control.Enable(EMPTY).result, common_pb2.EResultOk)
+        self.assertEqual(next(reported).state, genericcontrol_pb2.EStateFatalError)
+        status, output = interrupt(daemon)
+        self.assertEqual(status, 0)
+        self.assertIn("(src/feedback:105) Config error occurred: ", output)
+
+    def test_survives_a_storm_of_interrupts_from_its_first_moment_on(self):
+        for begin in (0, 0.02, 0.2):
+            daemon = self.charger.daemon()
+            time.sleep(begin)  # where in the start the storm begins is varied, not awaited
+            for _ in range(1000):
+                daemon.send_signal(signal.SIGINT)
+            status, output = interrupt(daemon)
+            self.assertIn(status, (0, -signal.SIGINT), output)
+
+    def test_ends_while_a_watcher_does_not_read(self):
+        daemon = self.charger.daemon()
+        watcher = self.charger.start_watcher()
+        self.charger.initialise_and_enable()
+        watcher.send_signal(signal.SIGSTOP)
+        channel, control = self.charger.control()
+        self.addCleanup(channel.close)
+        for _ in range(3000):  # more reports than its socket holds
+            control.Enable(EMPTY, timeout=GENEROUS)
         self.assertEqual(interrupt(daemon)[0], 0)
 
     def test_refuses_to_be_a_second_one_and_names_the_first(self):
@@ -99,7 +173,8 @@ class TheDaemon(unittest.TestCase):
         daemon = self.charger.daemon("-v", "-v")
         self.answers()
         daemon.stdout.close()
-        self.connections(1)[0].send(b"not the protocol, so that it logs a line")
+        with self.connections(1)[0] as connection:
+            connection.send(b"not the protocol, so that it logs a line")
         self.answers()
         daemon.send_signal(signal.SIGINT)
         self.assertEqual(daemon.wait(GENEROUS), 0)

@@ -15,9 +15,10 @@ class AForeignClient(unittest.TestCase):
         self.charger.peer("diagnostics")
         self.charger.peer("session-manager")
         self.charger.daemon()
+        self.charger.initialise_and_enable()
 
     def diagnostics(self):
-        channel = grpc.insecure_channel(self.charger.target("Diagnostics"))
+        channel = self.charger.channel("Diagnostics")
         self.addCleanup(channel.close)
         return diagnostics_pb2_grpc.DiagnosticsStub(channel)
 
@@ -45,7 +46,7 @@ class AForeignClient(unittest.TestCase):
                    "the end of the error")
 
     def test_changes_the_daemons_logging(self):
-        channel = grpc.insecure_channel(self.charger.target("FeedbackLog"))
+        channel = self.charger.channel("FeedbackLog")
         self.addCleanup(channel.close)
         log = logconfig_pb2_grpc.LogConfigStub(channel)
         config = logconfig_pb2.MLogConfig(level=logconfig_pb2.ELogLevelTrace)

@@ -10,6 +10,11 @@ import subprocess
 import tempfile
 import time
 
+import grpc
+from ipc import common_pb2, genericcontrol_pb2, genericcontrol_pb2_grpc
+
+EMPTY = common_pb2.MEmpty()
+
 # Nothing that works takes this long.
 GENEROUS = 30
 
@@ -32,10 +37,12 @@ class Charger:
         self.sockets = self.root / "run"
         self.store = self.root / "etc" / "ovra.json"
         self.store.parent.mkdir()
-        self.store.write_text(
-            json.dumps({"communication": {"SocketDirectory": str(self.sockets)}})
-        )
+        self.write_store(settings={}, hwinfo={"HwHasLed": True, "HwHasBuzzer": True})
         self._children = []
+
+    def write_store(self, **sections):
+        self.store.write_text(
+            json.dumps({"communication": {"SocketDirectory": str(self.sockets)}, **sections}))
 
     def close(self):
         for child in self._children:
@@ -52,6 +59,17 @@ class Charger:
         program = os.environ["VIRTUAL_CHARGER"]
         return self._start([program, "--peer", name, "--store", str(self.store)])
 
+    def start_watcher(self):
+        """A process that watches the daemon's states, and has heard the present one."""
+        watch = ("import sys; sys.path[:0] = sys.argv[2:]; from processes import *;"
+                 "control = genericcontrol_pb2_grpc.GenericControlStub(grpc.insecure_channel("
+                 "sys.argv[1]));"
+                 "[print('heard', flush=True) for _ in control.WatchState(EMPTY, wait_for_ready=True)]")
+        watcher = self._start(["/usr/bin/python3", "-B", "-c", watch,
+                               self.target("FeedbackGenCtrl"), str(pathlib.Path(__file__).parent)])
+        watcher.stdout.readline()
+        return watcher
+
     def socket(self, name):
         return self.sockets / name
 
@@ -61,6 +79,24 @@ class Charger:
     def target(self, name):
         self.wait_for(name)
         return f"unix:{self.socket(name)}"
+
+    def channel(self, name):
+        return grpc.insecure_channel(self.target(name))
+
+    def control(self):
+        """The board controller's end, to be closed by its user."""
+        channel = self.channel("FeedbackGenCtrl")
+        return channel, genericcontrol_pb2_grpc.GenericControlStub(channel)
+
+    def initialise_and_enable(self):
+        """What the board controller does at power-up."""
+        channel, control = self.control()
+        with channel:
+            states = control.WatchState(EMPTY, timeout=GENEROUS, wait_for_ready=True)
+            control.Disable(EMPTY, timeout=GENEROUS)
+            next(state for state in states if state.state == genericcontrol_pb2.EStateDisabled)
+            control.Enable(EMPTY, timeout=GENEROUS)
+            next(state for state in states if state.state == genericcontrol_pb2.EStateEnabled)
 
     def _start(self, command, **arguments):
         child = subprocess.Popen(
