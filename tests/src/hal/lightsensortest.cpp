@@ -80,9 +80,10 @@ TEST_F(ALightSensor, IsReadOnceAPeriodAndAfterAFailureEveryFiveSeconds) {
   auto sleep = 1870ms;
   ASSERT_TRUE(Sleeps(sleep));
   int before = 35;
+  // 120 times the first is 11469.4995, which a float would round up before its time.
   const std::tuple<const char*, int, std::chrono::milliseconds> rows[] = {
-      {"345.82", 49, 1870ms},  {"345.8375", 50, 1870ms}, {"-5", 50, 5000ms}, {"nan", 50, 5000ms},
-      {"833.31", 100, 1870ms}, {"833.325", 100, 1870ms}, {"0", 0, 1870ms}};
+      {"95.579163", 10, 1870ms}, {"345.8375", 50, 1870ms}, {"-5", 50, 5000ms}, {"nan", 50, 5000ms},
+      {"833.31", 100, 1870ms},   {"833.325", 100, 1870ms}, {"0", 0, 1870ms}};
   for (const auto& [text, percentage, next] : rows) {
     Set("input", text);
     mClock->Advance(sleep - 1ms);
