@@ -24,4 +24,7 @@ class IDevice {
   // failure. May block as the real driver does.
   virtual int Read(std::string_view attribute, std::string& text) = 0;
   virtual int Write(std::string_view attribute, std::string_view text) = 0;
+
+  // Lets calls that block return, for good.
+  virtual void Close() {}
 };

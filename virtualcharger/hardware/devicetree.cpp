@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
 #include <utility>
 
 namespace {
@@ -16,25 +17,23 @@ CDeviceTree::CDeviceTree(Devices devices, std::shared_ptr<CFaults> faults,
     : mDevices(std::move(devices)), mFaults(std::move(faults)), mHistory(std::move(history)) {}
 
 std::optional<IFileTree::SNode> CDeviceTree::Look(const std::string& path) {
-  if (path.empty()) return SNode{true, false};
-  const auto place = PlaceOf(path);
-  if (place.attribute.empty()) {
-    return Device(place.device) == nullptr ? std::nullopt : std::optional(SNode{true, false});
-  }
-  const auto attribute = Attribute(place);
+  if (path.empty() || !List(path).empty()) return SNode{true, false};
+  const auto attribute = Attribute(PlaceOf(path));
   return attribute ? std::optional(SNode{false, attribute->writable}) : std::nullopt;
 }
 
 std::vector<std::string> CDeviceTree::List(const std::string& path) {
-  std::vector<std::string> names;
-  if (path.empty()) {
-    for (const auto& [name, device] : mDevices) {
-      if (!mFaults->IsVanished(name)) names.push_back(name);
-    }
-  } else if (const auto* device = Device(path); device != nullptr) {
-    for (const auto& attribute : device->Attributes()) names.emplace_back(attribute.name);
+  const auto folder = path.empty() ? path : path + '/';
+  std::set<std::string> names;
+  for (const auto& [name, device] : mDevices) {
+    if (!name.starts_with(folder) || mFaults->IsVanished(name)) continue;
+    const auto rest = name.substr(folder.size());
+    names.insert(rest.substr(0, rest.find('/')));
   }
-  return names;
+  if (const auto* device = Device(path); device != nullptr) {
+    for (const auto& attribute : device->Attributes()) names.emplace(attribute.name);
+  }
+  return {names.begin(), names.end()};
 }
 
 int CDeviceTree::Probe(const std::string& path, bool forWriting) {
@@ -66,16 +65,22 @@ int CDeviceTree::CheckOpening(const SPlace& place, CFaults::EMoment moment, std:
 int CDeviceTree::Read(const std::string& path, std::uint64_t handle, std::string& text) {
   const auto place = PlaceOf(path);
   if (IsStale(place, handle)) return ENODEV;
+  std::string value;
+  if (const int error = mDevices.at(place.device)->Read(place.attribute, value)) return error;
+  // Only now: a fault also strikes a reading that was under way when it came.
+  bool frozen = false;
   if (const auto hit = mFaults->Strike(place.device, place.attribute, CFaults::EMoment::Read)) {
     if (hit->fault.kind == EFault::Error) return hit->fault.error;
-    if (hit->fault.kind == EFault::Garbage) {
-      text = hit->fault.text;
-      return 0;
-    }
-    mFaults->Delay(*hit);
-    if (IsStale(place, handle)) return ENODEV;
+    if (hit->fault.kind == EFault::Garbage) value = hit->fault.text;
+    if (hit->fault.kind == EFault::Slow) mFaults->Delay(*hit);
+    frozen = hit->fault.kind == EFault::Frozen;
   }
-  return mDevices.at(place.device)->Read(place.attribute, text);
+  if (IsStale(place, handle)) return ENODEV;
+  const std::lock_guard lock(mMutex);
+  const auto last = mLastTexts.try_emplace(path, value).first;
+  if (!frozen) last->second = value;
+  text = last->second;
+  return 0;
 }
 
 int CDeviceTree::Write(const std::string& path, std::uint64_t handle, std::string_view text,
@@ -111,10 +116,11 @@ int CDeviceTree::Control(const std::string&, unsigned, std::uintptr_t) {
 
 void CDeviceTree::Close() {
   mFaults->Close();
+  for (const auto& [name, device] : mDevices) device->Close();
 }
 
 CDeviceTree::SPlace CDeviceTree::PlaceOf(const std::string& path) {
-  const auto slash = path.find('/');
+  const auto slash = path.rfind('/');
   if (slash == std::string::npos) return {path, ""};
   return {path.substr(0, slash), path.substr(slash + 1)};
 }

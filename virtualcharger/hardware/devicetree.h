@@ -1,9 +1,10 @@
-// A folder of devices, each a folder of attributes, with the faults that were set and a record of
-// every write.
+// A tree of folders with devices at its ends, each a folder of attributes, with the faults that
+// were set and a record of every write.
 #pragma once
 
 #include <map>
 #include <memory>
+#include <mutex>
 
 #include "virtualcharger/hardware/device.h"
 #include "virtualcharger/hardware/faults.h"
@@ -12,6 +13,7 @@
 
 class CDeviceTree : public IFileTree {
  public:
+  // By their folders' paths; faults and the record name them the same way.
   using Devices = std::map<std::string, std::shared_ptr<IDevice>>;
 
   CDeviceTree(Devices devices, std::shared_ptr<CFaults> faults,
@@ -34,7 +36,7 @@ class CDeviceTree : public IFileTree {
   };
 
   static SPlace PlaceOf(const std::string& path);
-  // Nothing if there is none, or none any more.
+  // Null if there is none, or none any more.
   IDevice* Device(const std::string& name) const;
   std::optional<SAttribute> Attribute(const SPlace& place) const;
   bool IsStale(const SPlace& place, std::uint64_t handle) const;
@@ -45,4 +47,7 @@ class CDeviceTree : public IFileTree {
   const Devices mDevices;
   const std::shared_ptr<CFaults> mFaults;
   const std::shared_ptr<CWriteHistory> mHistory;
+
+  std::mutex mMutex;
+  std::map<std::string, std::string> mLastTexts;  // by path, as read last; guarded by mMutex
 };

@@ -7,6 +7,30 @@ namespace {
 
 using EMoment = CFaults::EMoment;
 
+struct SNamedFault {
+  std::string_view name;
+  EFault kind;
+  int error;
+};
+
+// clang-format off
+constexpr SNamedFault kNamedFaults[]{
+    {"EIO",       EFault::Error,    EIO},
+    {"EACCES",    EFault::Error,    EACCES},
+    {"ENOENT",    EFault::Error,    ENOENT},
+    {"ENODEV",    EFault::Error,    ENODEV},
+    {"EAGAIN",    EFault::Error,    EAGAIN},
+    {"EBUSY",     EFault::Error,    EBUSY},
+    {"EINVAL",    EFault::Error,    EINVAL},
+    {"ETIMEDOUT", EFault::Error,    ETIMEDOUT},
+    {"slow",      EFault::Slow,     0},
+    {"short",     EFault::Short,    0},
+    {"garbage",   EFault::Garbage,  0},
+    {"frozen",    EFault::Frozen,   0},
+    {"vanished",  EFault::Vanished, 0},
+};
+// clang-format on
+
 bool Strikes(const SFault& fault, EMoment moment) {
   const bool accessed = moment == EMoment::Read || moment == EMoment::Write;
   switch (fault.kind) {
@@ -17,6 +41,7 @@ bool Strikes(const SFault& fault, EMoment moment) {
     case EFault::Short:
       return moment == EMoment::Write;
     case EFault::Garbage:
+    case EFault::Frozen:
       return moment == EMoment::Read;
     case EFault::Vanished:
       return false;
@@ -30,15 +55,22 @@ bool IsWriting(EMoment moment) {
 
 }  // namespace
 
+const std::vector<std::string>& FaultNames() {
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> all;
+    for (const auto& row : kNamedFaults) all.emplace_back(row.name);
+    return all;
+  }();
+  return names;
+}
+
 std::optional<SFault> FaultNamed(std::string_view name) {
-  static const std::map<std::string_view, SFault> faults{
-      {"EIO", {EFault::Error, EIO}},       {"EACCES", {EFault::Error, EACCES}},
-      {"ENOENT", {EFault::Error, ENOENT}}, {"EBUSY", {EFault::Error, EBUSY}},
-      {"EINVAL", {EFault::Error, EINVAL}}, {"slow", {EFault::Slow}},
-      {"short", {EFault::Short}},          {"garbage", {EFault::Garbage}},
-      {"vanished", {EFault::Vanished}}};
-  const auto found = faults.find(name);
-  return found == faults.end() ? std::nullopt : std::optional(found->second);
+  const auto* const found = std::ranges::find(kNamedFaults, name, &SNamedFault::name);
+  if (found == std::end(kNamedFaults)) return std::nullopt;
+  SFault fault;
+  fault.kind = found->kind;
+  fault.error = found->error;
+  return fault;
 }
 
 CFaults::CFaults(std::shared_ptr<ISteadyClock> clock) : mClock(std::move(clock)) {}

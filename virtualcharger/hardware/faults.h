@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/worker/steadyclock.h"
 
@@ -24,6 +25,7 @@ enum class EFault {
   Slow,      // reads and writes take effect after the delay
   Short,     // half of the bytes written are accepted, and nothing takes effect
   Garbage,   // reads give the text
+  Frozen,    // reads give what was read last before; then what the first one gives
   Vanished,  // the device's directory is gone; the place's attribute is not looked at
 };
 
@@ -35,9 +37,11 @@ struct SFault {
   unsigned writes = 0;  // above 0: concerns only so many next writes, and no reads
 };
 
-// By its name: "EIO", "EACCES", "ENOENT", "EBUSY", "EINVAL", "slow", "short", "garbage",
-// "vanished"; nothing for another name. Delay, text and number of writes are the caller's to fill
-// in.
+// The names of all faults: some of the kernel's error names, "slow", "short", "garbage", "frozen",
+// "vanished".
+const std::vector<std::string>& FaultNames();
+
+// Nothing for another name. Delay, text and number of writes are the caller's to fill in.
 std::optional<SFault> FaultNamed(std::string_view name);
 
 class CFaults {

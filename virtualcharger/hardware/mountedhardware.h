@@ -10,6 +10,9 @@
 
 // Where the daemon looks for its LEDs.
 inline const SBinding kLedsBinding{"leds", "/sys/class/leds"};
+// Where it looks for its light sensor and its beeper, and where it asks for a tone.
+inline const SBinding kLinksBinding{"sysfs-links", "/var/sysfs-links"};
+inline const SBinding kToneBinding{"tone", "/dev/tty0", false};
 
 class CMountedHardware {
  public:

@@ -70,6 +70,32 @@ TEST_F(ADeviceTree, ReadsGarbageWhereItWasTold) {
   EXPECT_EQ(Read(kRed + "/min_pattern_brightness"), "0\n");
 }
 
+TEST_F(ADeviceTree, GoesOnGivingWhatWasReadLastWhereItIsFrozen) {
+  const auto maximum = kRed + "/max_pattern_brightness";
+  EXPECT_EQ(Read(maximum), "1000\n");
+  mFaults->Set(kRed, "", *FaultNamed("frozen"));
+  ASSERT_EQ(Write(maximum, "500"), 0);
+  EXPECT_EQ(Read(maximum), "1000\n");
+  EXPECT_EQ(Read(maximum), "1000\n");
+  mFaults->ClearAll();
+  EXPECT_EQ(Read(maximum), "500\n");
+}
+
+TEST_F(ADeviceTree, HasFoldersAboveItsDevices) {
+  const auto led = mLight.Channels()[0];
+  CDeviceTree tree({{"a/b", led}, {"a/c", led}, {"d", led}}, mFaults, mHistory);
+  const std::vector<std::string> devices{"b", "c"};
+  EXPECT_EQ(tree.List(""), (std::vector<std::string>{"a", "d"}));
+  EXPECT_EQ(tree.List("a"), devices);
+  EXPECT_TRUE(tree.Look("a")->directory);
+  EXPECT_TRUE(tree.Look("a/b")->directory);
+  EXPECT_FALSE(tree.Look("a/b/trigger")->directory);
+  EXPECT_FALSE(tree.Look("a/x"));
+  mFaults->Set("a/b", "", *FaultNamed("vanished"));
+  mFaults->Set("a/c", "", *FaultNamed("vanished"));
+  EXPECT_FALSE(tree.Look("a"));
+}
+
 TEST_F(ADeviceTree, HidesAVanishedDeviceAndItsOpenAttributesUntilItReturns) {
   std::uint64_t handle = 0;
   ASSERT_EQ(mTree.Open(kRed + "/trigger", true, handle), 0);

@@ -27,9 +27,10 @@ class TheFaults : public ::testing::Test {
 
 TEST_F(TheFaults, StrikeAtTheMomentsOfTheirKind) {
   const std::pair<const char*, const char*> cases[] = {
-      {"EIO", "...rw"},    {"EBUSY", "...rw"},   {"EINVAL", "...rw"},
-      {"EACCES", "pRW.."}, {"ENOENT", "pRW.."},  {"slow", "...rw"},
-      {"short", "....w"},  {"garbage", "...r."}, {"vanished", "....."},
+      {"EIO", "...rw"},      {"EBUSY", "...rw"},  {"EINVAL", "...rw"}, {"EACCES", "pRW.."},
+      {"ENOENT", "pRW.."},   {"slow", "...rw"},   {"short", "....w"},  {"garbage", "...r."},
+      {"vanished", "....."}, {"ENODEV", "...rw"}, {"EAGAIN", "...rw"}, {"ETIMEDOUT", "...rw"},
+      {"frozen", "...r."},
   };
   for (const auto& [name, expected] : cases) {
     const auto fault = FaultNamed(name);
@@ -42,6 +43,7 @@ TEST_F(TheFaults, StrikeAtTheMomentsOfTheirKind) {
     EXPECT_EQ(struck, expected) << name;
     EXPECT_EQ(mFaults.IsVanished("red"), std::string_view(name) == "vanished");
   }
+  EXPECT_EQ(FaultNames().size(), std::size(cases));
   EXPECT_FALSE(FaultNamed("EWHATEVER"));
 }
 

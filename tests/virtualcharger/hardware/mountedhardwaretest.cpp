@@ -1,8 +1,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/kd.h>
 #include <sys/ioctl.h>
 
-#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <set>
@@ -10,8 +10,7 @@
 
 #include "tests/support/manualclock.h"
 #include "tests/virtualcharger/hardware/insidenamespace.h"
-#include "virtualcharger/hardware/mountedhardware.h"
-#include "virtualcharger/hardware/statuslight.h"
+#include "virtualcharger/hardware/chargerhardware.h"
 
 namespace {
 
@@ -194,56 +193,62 @@ TEST(TheMountedHardware, IsOpenToAnUnprivilegedProcessStartedInside) {
   });
 }
 
-// One file at the root of the file system that remembers the last request.
-class CControlFile : public IFileTree {
- public:
-  std::optional<SNode> Look(const std::string& path) override {
-    return path.empty() ? std::optional(SNode{false, true}) : std::nullopt;
-  }
-  std::vector<std::string> List(const std::string&) override { return {}; }
-  int Probe(const std::string&, bool) override { return 0; }
-  int Open(const std::string&, bool, std::uint64_t&) override { return 0; }
-  int Read(const std::string&, std::uint64_t, std::string&) override { return EIO; }
-  int Write(const std::string&, std::uint64_t, std::string_view, std::size_t&) override {
-    return EIO;
-  }
-  int Control(const std::string&, unsigned request, std::uintptr_t argument) override {
-    mRequest = request;
-    mArgument = argument;
-    return argument == 0 ? EPERM : 0;
-  }
-  void Close() override {}
-
-  std::pair<unsigned, std::uintptr_t> Last() const { return {mRequest, mArgument}; }
-
- private:
-  std::atomic<unsigned> mRequest = 0;
-  std::atomic<std::uintptr_t> mArgument = 0;
-};
+int Sound(const std::string& path, unsigned long divisor) {
+  const int tone = open(path.c_str(), O_RDWR);
+  if (tone < 0) return errno;
+  const int error = ioctl(tone, KIOCSOUND, divisor) < 0 ? errno : 0;
+  close(tone);
+  return error;
+}
 
 TEST(TheMountedHardware, StandsInForASingleFileThatTakesRequests) {
   std::string folder = ::testing::TempDir() + "virtual-charger-test-XXXXXX";
   ASSERT_NE(mkdtemp(folder.data()), nullptr);
   ASSERT_EQ(WriteFile(folder + "/there", "the machine's own"), 0);
   RunInsideNamespace([&] {
-    constexpr unsigned soundRequest = 0x4B2F;
-    const auto file = std::make_shared<CControlFile>();
+    const auto clock = std::make_shared<ManualClock>();
+    const auto faults = std::make_shared<CFaults>(clock);
+    const auto file = std::make_shared<CToneFile>(faults, clock);
     CMountedHardware hardware({{"tone", file}});
     const auto failure =
         hardware.Start({{"tone", folder + "/there", false}, {"tone", folder + "/missing", false}});
     ASSERT_FALSE(failure) << *failure;
-    std::uintptr_t argument = 298;
+    unsigned divisor = 298;
     for (const auto* name : {"/there", "/missing"}) {
-      const int tone = open((folder + name).c_str(), O_RDWR);
-      EXPECT_EQ(ioctl(tone, soundRequest, ++argument), 0) << name;
-      EXPECT_EQ(file->Last(), std::pair(soundRequest, argument)) << name;
-      EXPECT_EQ(ioctl(tone, soundRequest, 0), -1) << name;
-      EXPECT_EQ(errno, EPERM) << name;
-      close(tone);
+      EXPECT_EQ(Sound(folder + name, ++divisor), 0) << name;
+      EXPECT_EQ(file->Tones().back().divisor, divisor) << name;
+      faults->Set(kToneDevice, "", *FaultNamed("EIO"));
+      EXPECT_EQ(Sound(folder + name, 1), EIO) << name;
+      faults->Set(kToneDevice, "", *FaultNamed("vanished"));
+      EXPECT_EQ(Sound(folder + name, 1), ENOENT) << name;
+      faults->ClearAll();
+      EXPECT_EQ(Sound(folder + name, 0), 0) << name;
     }
   });
   EXPECT_EQ(ReadFile(folder + "/there"), "the machine's own");
   fs::remove_all(folder);
+}
+
+TEST(TheChargersHardware, StandsWhereTheDaemonLooksForIt) {
+  const auto besides = Names("/var");
+  RunInsideNamespace([&] {
+    CChargerHardware hardware({.quickSensor = true});
+    const auto failure = hardware.Start();
+    ASSERT_FALSE(failure) << *failure;
+    const std::string links = "/var/sysfs-links/";
+    hardware.Sensor().SetLux(250.5);
+    EXPECT_EQ(ReadFile(links + "light/iio:device0/in_illuminance_input"), "250.500000\n");
+    EXPECT_EQ(WriteFile(links + "beeper/volume", "3"), 0);
+    EXPECT_EQ(hardware.Attribute(kBeeperDevice, "volume"), "3");
+    EXPECT_EQ(WriteFile(kRed + "trigger", "pattern"), 0);
+    EXPECT_EQ(hardware.Attribute("kelo:red:top", "trigger"), "none [pattern]");
+    EXPECT_EQ(hardware.LampWrites().End(), 1U) << "the lamp's only";
+    EXPECT_EQ(Sound("/dev/tty0", 298), 0);
+    EXPECT_EQ(hardware.Tone().Tones().size(), 1U);
+    auto expected = besides;
+    expected.insert("sysfs-links");
+    EXPECT_EQ(Names("/var"), expected);
+  });
 }
 
 }  // namespace

@@ -1,0 +1,35 @@
+#include "virtualcharger/hardware/chargerhardware.h"
+
+#include "virtualcharger/hardware/beeper.h"
+
+CChargerHardware::CChargerHardware(const SSettings& settings)
+    : mFaults(std::make_shared<CFaults>(SystemSteadyClock())),
+      mLampWrites(std::make_shared<CWriteHistory>(SystemSteadyClock())),
+      mLight(SystemSteadyClock(), settings.hz),
+      mSensor(std::make_shared<CIlluminanceSensor>(SystemSteadyClock(), settings.quickSensor)),
+      mTone(std::make_shared<CToneFile>(mFaults, SystemSteadyClock())),
+      mLeds(mLight.Devices()),
+      mLinks{{kSensorDevice, mSensor}, {kBeeperDevice, std::make_shared<CBeeper>()}} {}
+
+std::optional<std::string> CChargerHardware::Start() {
+  if (auto failure = EnterPrivateNamespace()) return failure;
+  // The lamp has a record of its own: what else is written comes at any time between.
+  const auto otherWrites = std::make_shared<CWriteHistory>(SystemSteadyClock());
+  mMounted.emplace(CFuseServer::Trees{
+      {kLedsBinding.source, std::make_shared<CDeviceTree>(mLeds, mFaults, mLampWrites)},
+      {kLinksBinding.source, std::make_shared<CDeviceTree>(mLinks, mFaults, otherWrites)},
+      {kToneBinding.source, mTone}});
+  return mMounted->Start({kLedsBinding, kLinksBinding, kToneBinding});
+}
+
+std::optional<std::string> CChargerHardware::Attribute(const std::string& device,
+                                                       const std::string& attribute) {
+  for (const auto* devices : {&mLeds, &mLinks}) {
+    std::string text;
+    const auto found = devices->find(device);
+    if (found == devices->end() || found->second->Read(attribute, text) != 0) continue;
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+  }
+  return std::nullopt;
+}

@@ -1,0 +1,49 @@
+// All hardware that the daemon sees: the status LED, the light sensor, the beeper and the tone.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "virtualcharger/hardware/illuminancesensor.h"
+#include "virtualcharger/hardware/mountedhardware.h"
+#include "virtualcharger/hardware/statuslight.h"
+#include "virtualcharger/hardware/tonefile.h"
+
+// The places of faults, besides kStatusLightDevices and kToneDevice.
+inline constexpr auto kSensorDevice = "light/iio:device0";
+inline constexpr auto kBeeperDevice = "beeper";
+
+class CChargerHardware {
+ public:
+  struct SSettings {
+    unsigned hz = 250;         // timer frequency of the kernel that plays the lamp's patterns
+    bool quickSensor = false;  // readings come at once
+  };
+
+  explicit CChargerHardware(const SSettings& settings);
+
+  // Enters the private namespace, for good, and puts everything in its place there. Called while
+  // the process has one thread. Returns the error's text.
+  [[nodiscard]] std::optional<std::string> Start();
+
+  CFaults& Faults() { return *mFaults; }
+  const CWriteHistory& LampWrites() const { return *mLampWrites; }
+  const CStatusLight& Light() const { return mLight; }
+  CIlluminanceSensor& Sensor() { return *mSensor; }
+  const CToneFile& Tone() const { return *mTone; }
+
+  // What the attribute of the device holds, without its line end and whatever the faults; nothing
+  // if there is no such attribute now. May block as the device does.
+  std::optional<std::string> Attribute(const std::string& device, const std::string& attribute);
+
+ private:
+  const std::shared_ptr<CFaults> mFaults;
+  const std::shared_ptr<CWriteHistory> mLampWrites;
+  const CStatusLight mLight;
+  const std::shared_ptr<CIlluminanceSensor> mSensor;
+  const std::shared_ptr<CToneFile> mTone;
+  const CDeviceTree::Devices mLeds;
+  const CDeviceTree::Devices mLinks;
+  std::optional<CMountedHardware> mMounted;
+};
