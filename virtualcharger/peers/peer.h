@@ -16,20 +16,22 @@ class IPeer {
  public:
   virtual ~IPeer() = default;
 
-  // Adds the peer's service to the host; called once, before the host starts its services.
-  virtual void Offer(AppCommunicationHost<GrpcBackend>& host) = 0;
+  // Adds the peer's service to the host, or opens its clients; called once, before the host starts
+  // its services.
+  virtual void Join(AppCommunicationHost<GrpcBackend>& host) = 0;
 
-  // Does what a command's words say and returns what came of it: one of the outcomes below, the
-  // last two with a text behind them. Returns when all subscribers have replied.
+  // Does what a command's words say and returns what came of it: one of the outcomes below, some
+  // with a text behind them. Returns when all who were told or asked have replied.
   virtual std::string Execute(const std::vector<std::string>& words) = 0;
 };
 
 inline constexpr std::string_view kOutcomeOk = "ok";
 inline constexpr std::string_view kOutcomeNobody = "nobody";  // is subscribed
 inline constexpr std::string_view kOutcomeLate = "late";      // a subscriber did not reply in time
-inline constexpr std::string_view kOutcomeRefused = "refused";
-inline constexpr std::string_view kOutcomeUnknown = "unknown";  // command
+inline constexpr std::string_view kOutcomeRefused = "refused";          // with the reason
+inline constexpr std::string_view kOutcomeUnreachable = "unreachable";  // with the reason
+inline constexpr std::string_view kOutcomeUnknown = "unknown";          // command
 
-// By its name, "session-manager" or "diagnostics"; null for another one. The connector state is
-// what the session manager begins with.
+// By its name: "session-manager", "diagnostics", "board-controller" or "meter"; null for another
+// one. The connector state is what the session manager begins with.
 std::unique_ptr<IPeer> MakePeer(std::string_view name, int connectorState, PeerEvents events);

@@ -83,13 +83,15 @@ int RunPeer(const SPeerSettings& settings, int control) {
   try {
     GrpcBackend::SetLogger(std::make_shared<CWarningsToStandardError>());
     AppCommunicationHost<GrpcBackend> host(settings.store);
-    peer->Offer(host);
+    peer->Join(host);
     host.StartServices();
     std::thread server([&] { host.RunServer(); });
+    std::thread notifications([&] { host.HandleClientNotifications(); });
     write("serving");
     Serve(*peer, control, termination, write);
     host.Stop();
     server.join();
+    notifications.join();
   } catch (const std::exception& exception) {
     fmt::print(stderr, "{}: {}\n", settings.name, exception.what());
     return 1;

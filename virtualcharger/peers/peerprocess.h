@@ -1,6 +1,6 @@
 // The life of one peer as a process of its own, steered by lines.
 //
-// In: "NUMBER COMMAND", one command after the other. Out: "serving" once, the service's events as
+// In: "NUMBER COMMAND", one command after the other. Out: "serving" once, the peer's events as
 // they come, and for each command "reply NUMBER OUTCOME".
 #pragma once
 

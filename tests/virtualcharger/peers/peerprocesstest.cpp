@@ -96,6 +96,23 @@ TEST_F(APeerProcess, ReportsWhatItsServiceHears) {
   EXPECT_EQ(Line(), "reply 1 nobody");
 }
 
+TEST_F(APeerProcess, HandsTheRequestsOnToADaemon) {
+  Run("board-controller");
+  EXPECT_EQ(Line(), "serving");
+  for (const auto* command : {"enable", "disable", "event 2"}) {
+    Write("1 " + std::string(command) + '\n');
+    EXPECT_THAT(Line(), testing::StartsWith("reply 1 unreachable ")) << command;
+  }
+}
+
+TEST_F(APeerProcess, MakesTheMeterRefuse) {
+  Run("meter");
+  EXPECT_EQ(Line(), "serving");
+  Write("1 refuse\n2 perhaps\n");
+  EXPECT_EQ(Line(), "reply 1 ok");
+  EXPECT_EQ(Line(), "reply 2 unknown");
+}
+
 TEST_F(APeerProcess, FailsWhereAnotherOneServesAlready) {
   Run("diagnostics");
   EXPECT_EQ(Line(), "serving");

@@ -1,0 +1,18 @@
+#include "virtualcharger/peers/virtualmeter.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+CVirtualMeter::CVirtualMeter(PeerEvents events) : mEvents(std::move(events)) {}
+
+ipc::MResult CVirtualMeter::SetDisplayBrightness(const ipc::MDisplayBrightness& brightness) {
+  ipc::MResult result;
+  if (mRefuses) {
+    result.set_result(ipc::EResultIllegal);
+    result.set_text("the display does not obey");
+    return result;
+  }
+  mEvents(fmt::format("display {}", brightness.percentage()));
+  return result;
+}

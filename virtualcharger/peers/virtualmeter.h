@@ -1,0 +1,24 @@
+// The charger's energy meter, reduced to the brightness of its display.
+#pragma once
+
+#include <atomic>
+
+#include "platform/rpc/interfaces/meter.h"
+#include "virtualcharger/peers/peer.h"
+
+// Event: "display PERCENT" for each brightness that it takes.
+//
+// Threads: any.
+class CVirtualMeter : public IMeter {
+ public:
+  explicit CVirtualMeter(PeerEvents events);
+
+  // Not Ok while it refuses.
+  ipc::MResult SetDisplayBrightness(const ipc::MDisplayBrightness& brightness) override;
+
+  void Refuse(bool refuse) { mRefuses = refuse; }
+
+ private:
+  const PeerEvents mEvents;
+  std::atomic<bool> mRefuses = false;
+};
