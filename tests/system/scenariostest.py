@@ -31,8 +31,9 @@ class TheVirtualCharger(unittest.TestCase):
         return path
 
     def test_fails_at_the_step_that_did_not_come_out(self):
-        for name, line, seen in (("wronglamp", 3, "blue pulsating"), ("extrawrite", 4, "pattern"),
-                                 ("latelamp", 6, "within"), ("refusedwrite", 9, "pattern")):
+        for name, line, seen in (("wronglamp", 5, "blue pulsating"), ("extrawrite", 7, "pattern"),
+                                 ("latelamp", 6, "at the latest"), ("refusedwrite", 12, "pattern"),
+                                 ("wrongverdict", 2, "refused"), ("unexpectedbeep", 5, "a tone")):
             with self.subTest(name):
                 status, output = play(FAILURES / f"{name}.scenario")
                 self.assertEqual(status, 1, output)

@@ -4,32 +4,19 @@
 
 #include <algorithm>
 #include <cctype>
-#include <system_error>
 
+#include "platform/kvconfig/kvconfig.h"
 #include "utils/signalcatalogue.h"
-#include "virtualcharger/hardware/devicetree.h"
 #include "virtualcharger/peers/peer.h"
 #include "virtualcharger/scenario/names.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+// The lamp of a daemon that is not enabled.
+const SLamp kDisabled{"Yellow", "On"};
 
-constexpr std::chrono::milliseconds kLimit = 5s;  // for what only a fault can delay
-constexpr int kLedState = Signals::LedState.identifier;
-
-const SLamp kReady{"Green", "On"};
-
-std::string ChannelOf(std::string_view device) {
-  const auto found = std::find(kStatusLightDevices.begin(), kStatusLightDevices.end(), device);
-  return Channels()[static_cast<std::size_t>(found - kStatusLightDevices.begin())];
-}
-
-std::string DeviceOf(const std::string& channel) {
-  if (channel.empty()) return {};
-  const auto found = std::find(Channels().begin(), Channels().end(), channel);
-  return std::string(kStatusLightDevices[static_cast<std::size_t>(found - Channels().begin())]);
-}
+// No daemon knows it, so that it is taken and changes nothing.
+constexpr int kNoEvent = 1'000'000;
 
 std::uint32_t Brightest(const SChannelLight& light) {
   std::uint32_t level = light.pattern.empty() ? light.level : 0;
@@ -37,12 +24,15 @@ std::uint32_t Brightest(const SChannelLight& light) {
   return level;
 }
 
-std::string Describe(const SWrite& write) {
-  auto text = fmt::format("{} {} \"{}\"", ChannelOf(write.device), write.attribute, write.text);
-  if (write.error != 0) {
-    text += fmt::format(", refused: {}", std::generic_category().message(write.error));
+std::string BrightnessWords(const CStatusLight& status) {
+  std::optional<std::uint32_t> lit;
+  for (const auto& channel : status.Channels()) {
+    const auto light = channel->Light();
+    if (Brightest(light) == 0) continue;
+    if (lit && *lit != light.maximum) return "uneven";
+    lit = light.maximum;
   }
-  return text;
+  return Percent(lit.value_or(0) / 10.0);
 }
 
 std::string Note(const std::string& peer, const std::string& outcome) {
@@ -56,116 +46,102 @@ std::string Note(const std::string& peer, const std::string& outcome) {
 
 }  // namespace
 
-CCharger::CCharger(const CProcesses::SSettings& settings, unsigned hz, CInterrupt& interrupt)
-    : mFaults(std::make_shared<CFaults>(SystemSteadyClock())),
-      mHistory(std::make_shared<CWriteHistory>(SystemSteadyClock())),
-      mLight(SystemSteadyClock(), hz),
-      mProcesses(settings, interrupt, [this] { Watch(); }) {}
+CCharger::CCharger(const CProcesses::SSettings& processes,
+                   const CChargerHardware::SSettings& hardware, CInterrupt& interrupt)
+    : mHardware(hardware), mProcesses(processes, interrupt, [this] { Watch(); }) {
+  KvConfig::SetStore(mProcesses.Root().Store());
+}
 
 void CCharger::Start() {
-  auto failure = EnterPrivateNamespace();
-  if (!failure) {
-    mHardware.emplace(CFuseServer::Trees{
-        {kLedsBinding.source, std::make_shared<CDeviceTree>(mLight.Devices(), mFaults, mHistory)}});
-    failure = mHardware->Start({kLedsBinding});
-  }
-  if (failure) throw CCannotRun(*failure);
+  if (const auto failure = mHardware.Start()) throw CCannotRun(*failure);
   mProcesses.Start();
-  ExpectLamp(kReady, std::nullopt);
-  ExpectSignal(kLedState, "Green/On", std::nullopt);
+  ExpectLamp(kDisabled, std::nullopt);
 }
 
 void CCharger::Stop() {
-  mFaults->ClearAll();
+  mHardware.Faults().ClearAll();
   mProcesses.Stop();
+  CheckSilence();
 }
 
 SView CCharger::View() const {
   SView view{};
   view.time = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now() - mBegin);
-  view.lamp = mLight.Describe();
+  const auto& status = mHardware.Light();
+  view.lamp = status.Describe();
+  view.brightness = BrightnessWords(status);
   for (std::size_t channel = 0; channel < view.patterns.size(); ++channel) {
-    const auto light = mLight.Channels()[channel]->Light();
+    const auto light = status.Channels()[channel]->Light();
     view.levels[channel] = Brightest(light);
     view.patterns[channel] = PatternText(light.pattern);
     std::erase(view.patterns[channel], '\n');
   }
-  if (const auto signal = mProcesses.LastSignal(kLedState)) view.ledState = signal->text;
+  if (const auto& state = mProcesses.LastState()) view.state = DaemonStateName(state->value);
+  if (const auto& display = mProcesses.Display()) view.display = Percent(display->value);
+  if (const auto signal = mProcesses.LastSignal(Signals::LedState.identifier)) {
+    view.ledState = signal->value;
+  }
+  view.beeps = static_cast<unsigned>(std::ranges::count_if(
+      mHardware.Tone().Tones(), [](const STone& tone) { return tone.divisor != 0; }));
   return view;
 }
 
+void CCharger::Request(ERequest request, bool accepted) {
+  const auto reports = mProcesses.StateReports();
+  Ask(request == ERequest::Enable ? "enable" : "disable", accepted);
+  if (accepted && !mProcesses.Await([&] { return mProcesses.StateReports() > reports; }, kLimit)) {
+    throw CStepFailure("expected: the daemon reports the state that follows\nseen:     no report");
+  }
+}
+
+void CCharger::Trigger(int event, bool accepted) {
+  Ask(fmt::format("event {}", event), accepted);
+}
+
 std::string CCharger::SetConnector(int state) {
-  return Tell("session-manager", fmt::format("connector {}", state));
+  return Tell(kSessionManager, fmt::format("connector {}", state));
 }
 
 std::string CCharger::SetError(int identifier, bool on) {
-  return Tell("diagnostics", fmt::format("error {} {}", identifier, on ? "on" : "off"));
+  return Tell(kDiagnostics, fmt::format("error {} {}", identifier, on ? "on" : "off"));
 }
 
-void CCharger::ExpectLamp(const SLamp& lamp, Limit within) {
-  Expect("lamp " + LampWords(lamp), within, [&] {
-    Watch();
-    return SSince{mLamp == lamp, "lamp " + LampWords(mLamp), mLampSince};
-  });
+void CCharger::SetLight(double lux) {
+  BeginChange();
+  mHardware.Sensor().SetLux(lux);
 }
 
-void CCharger::ExpectSignal(int identifier, const std::string& text, Limit within) {
-  Expect(text, within, [&] {
-    const auto last = mProcesses.LastSignal(identifier);
-    return last ? SSince{last->text == text, last->text, last->time}
-                : SSince{false, "no such signal", mBegin};
-  });
+void CCharger::SetStored(const std::string& key, const Json::Value& value) {
+  BeginChange();
+  KvConfig::Write(StoreSection(key), key, value);
 }
 
-void CCharger::ExpectWrite(const std::string& channel, const std::string& attribute,
-                           const std::string& text) {
-  mProcesses.Await([&] { return mHistory->End() > mMark; }, kLimit);
-  const auto writes = mHistory->Since(mMark);
-  const auto expected = fmt::format("{} {} \"{}\"", channel, attribute, text);
-  if (!writes.empty() && Describe(writes.front()) == expected) {
-    ++mMark;
-    return;
-  }
-  throw CStepFailure(fmt::format(
-      "expected: {}\nseen:     {}", expected,
-      writes.empty() ? "no further write"
-                     : fmt::format("{} at {}", Describe(writes.front()), When(writes[0].time))));
-}
-
-void CCharger::ExpectNoWrite() {
-  for (const auto& [peer, command] : mUnanswered) {
-    throw CStepFailure(
-        fmt::format("expected: nothing written\nseen:     no reply to \"{}\" of {}, so that it may "
-                    "still be on its way",
-                    command, peer));
-  }
-  const auto writes = mHistory->Since(mMark);
-  if (writes.empty()) return;
-  throw CStepFailure(
-      fmt::format("expected: nothing written\nseen:     {} at {}{}", Describe(writes.front()),
-                  When(writes.front().time),
-                  writes.size() > 1 ? fmt::format(", and {} more", writes.size() - 1) : ""));
+void CCharger::SetMeter(bool accepts) {
+  BeginChange();
+  mProcesses.Tell(kMeter, accepts ? "accept" : "refuse");
 }
 
 void CCharger::Mark() {
-  mMark = mHistory->End();
+  mMark = mHardware.LampWrites().End();
+  mToneMark = mHardware.Tone().Tones().size();
 }
 
 void CCharger::Control(EProcessAction action, const std::string& process) {
   BeginChange();
   mProcesses.Control(action, process);
+  if (action == EProcessAction::Stop && process == kDaemon) CheckSilence();
 }
 
-void CCharger::SetFault(const std::string& channel, const std::string& attribute,
+void CCharger::SetFault(const std::string& device, const std::string& attribute,
                         const SFault& fault) {
   BeginChange();
-  mFaults->Set(DeviceOf(channel), attribute, fault);
+  mHardware.Faults().Set(DevicePath(device), attribute, fault);
 }
 
 void CCharger::Heal() {
   BeginChange();
-  mFaults->ClearAll();
+  mHardware.Faults().ClearAll();
 }
 
 void CCharger::Wait(std::chrono::milliseconds time) {
@@ -173,10 +149,11 @@ void CCharger::Wait(std::chrono::milliseconds time) {
 }
 
 void CCharger::Watch() {
-  auto lamp = mLight.Describe();
-  if (lamp == mLamp) return;
-  mLamp = std::move(lamp);
-  mLampSince = std::chrono::steady_clock::now();
+  const auto watch = [](SSeen& last, std::string words) {
+    if (words != last.words) last = {std::move(words), std::chrono::steady_clock::now()};
+  };
+  watch(mLamp, LampWords(mHardware.Light().Describe()));
+  watch(mBrightness, BrightnessWords(mHardware.Light()));
 }
 
 void CCharger::BeginChange() {
@@ -184,32 +161,36 @@ void CCharger::BeginChange() {
   mChangeBegin = std::chrono::steady_clock::now();
 }
 
-void CCharger::Expect(const std::string& expected, Limit within,
-                      const std::function<SSince()>& look) {
-  const auto now = std::chrono::steady_clock::now();
-  const auto latest = within ? mChangeBegin + *within : now + kLimit;
-  mProcesses.Await([&] { return look().asExpected; },
-                   std::chrono::ceil<std::chrono::milliseconds>(latest - now));
-  const auto seen = look();
-  if (seen.asExpected && (!within || seen.time <= latest)) return;
-  throw CStepFailure(fmt::format("expected: {}{}\nseen:     {}, since {}", expected,
-                                 within ? ", at " + When(latest) + " at the latest" : "",
-                                 seen.words, When(seen.time)));
+// What has begun in the daemon has ended when this returns: it takes one event after the other.
+void CCharger::Settle() {
+  if (!mProcesses.Runs(kDaemon) || !mProcesses.Runs(kBoardController)) return;
+  mProcesses.Tell(kBoardController, fmt::format("event {}", kNoEvent));
+}
+
+void CCharger::CheckSilence() const {
+  const auto tones = mHardware.Tone().Tones();
+  if (!tones.empty() && tones.back().divisor != 0) {
+    throw CStepFailure("the daemon has ended, but the tone is still on");
+  }
 }
 
 std::string CCharger::Tell(const std::string& peer, const std::string& command) {
   BeginChange();
-  const auto note = Note(peer, mProcesses.Tell(peer, command));
-  if (note.empty()) {
-    mUnanswered.erase(peer);
-  } else {
+  const auto outcome = mProcesses.Tell(peer, command);
+  if (outcome == kOutcomeNobody || outcome == kOutcomeLate) {
     mUnanswered[peer] = command;
+  } else {
+    mUnanswered.erase(peer);
   }
-  return note;
+  return Note(peer, outcome);
 }
 
-std::string CCharger::When(TimePoint time) const {
-  return fmt::format("{:.3f} s", std::chrono::duration<double>(time - mBegin).count());
+void CCharger::Ask(const std::string& question, bool accepted) {
+  BeginChange();
+  const auto outcome = mProcesses.Tell(kBoardController, question);
+  if (outcome == kOutcomeOk ? accepted : !accepted && outcome.starts_with(kOutcomeRefused)) return;
+  throw CStepFailure(fmt::format("expected: {}\nseen:     {}", accepted ? "accepted" : "rejected",
+                                 outcome == kOutcomeOk ? "accepted" : outcome));
 }
 
 std::string LampWords(const SLamp& lamp) {
@@ -217,4 +198,8 @@ std::string LampWords(const SLamp& lamp) {
   std::transform(words.begin(), words.end(), words.begin(),
                  [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   return words;
+}
+
+std::string Percent(double value) {
+  return fmt::format("{:g}%", value);
 }

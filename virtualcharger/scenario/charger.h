@@ -6,25 +6,25 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
-#include "virtualcharger/hardware/faults.h"
-#include "virtualcharger/hardware/mountedhardware.h"
-#include "virtualcharger/hardware/statuslight.h"
-#include "virtualcharger/hardware/writehistory.h"
+#include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/scenario/icharger.h"
 #include "virtualcharger/scenario/processes.h"
 
-// What can be seen from outside at one moment.
+// What can be seen and heard from outside at one moment.
 struct SView {
   std::chrono::milliseconds time;  // since the charger was made
+  std::string state;               // as the daemon reported it last; empty before
   SLamp lamp;
+  std::string brightness;               // of the lit channels: "76%"; "uneven"
   std::array<std::uint32_t, 3> levels;  // the brightest ones that the channels reach
-  std::string ledState;                 // as the daemon reported it last; empty before
   std::array<std::string, 3> patterns;  // of the channels red, green, blue
+  std::string ledState;                 // as the daemon reported it last; empty before
+  std::string display;                  // of the meter: "100%"; empty before
+  unsigned beeps;                       // up to now
 };
 
 // This machine cannot run the hardware; the text tells the remedy.
@@ -36,10 +36,10 @@ class CCannotRun : public std::runtime_error {
 // Threads: one.
 class CCharger : public ICharger {
  public:
-  // hz is the timer frequency of the kernel that plays the patterns.
-  CCharger(const CProcesses::SSettings& settings, unsigned hz, CInterrupt& interrupt);
+  CCharger(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware,
+           CInterrupt& interrupt);
 
-  // Returns when the daemon is at work: subscribed, and the lamp shows that a car may come. Throws
+  // Returns when the daemon serves, knows its peers and shows that it is not enabled. Throws
   // CCannotRun and CStepFailure. Called while the process has one thread.
   void Start();
   // Throws CStepFailure where something does not end orderly.
@@ -48,16 +48,29 @@ class CCharger : public ICharger {
   SView View() const;
   CPrivateRoot& Root() { return mProcesses.Root(); }
 
+  void Request(ERequest request, bool accepted) override;
+  void Trigger(int event, bool accepted) override;
   std::string SetConnector(int state) override;
   std::string SetError(int identifier, bool on) override;
+  void SetLight(double lux) override;
+  void SetStored(const std::string& key, const Json::Value& value) override;
+  void SetMeter(bool accepts) override;
+  void ExpectState(int state, Limit within) override;
+  void ExpectAlive() override;
   void ExpectLamp(const SLamp& lamp, Limit within) override;
+  void ExpectBrightness(int percent, Limit within) override;
+  void ExpectDisplay(int percent, Limit within) override;
   void ExpectSignal(int identifier, const std::string& text, Limit within) override;
+  void ExpectAttribute(const std::string& device, const std::string& attribute,
+                       const std::string& text) override;
+  std::string ExpectBeep() override;
+  void ExpectNoBeep() override;
   void ExpectWrite(const std::string& channel, const std::string& attribute,
                    const std::string& text) override;
   void ExpectNoWrite() override;
   void Mark() override;
   void Control(EProcessAction action, const std::string& process) override;
-  void SetFault(const std::string& channel, const std::string& attribute,
+  void SetFault(const std::string& device, const std::string& attribute,
                 const SFault& fault) override;
   void Heal() override;
   void Wait(std::chrono::milliseconds time) override;
@@ -65,27 +78,31 @@ class CCharger : public ICharger {
  private:
   using TimePoint = std::chrono::steady_clock::time_point;
 
-  // A lamp or a text, and since when it is so.
-  struct SSince {
-    bool asExpected;
+  // For what only a fault can delay.
+  static constexpr std::chrono::seconds kLimit{5};
+
+  // What is seen in words, and since when it is so.
+  struct SSeen {
     std::string words;
-    TimePoint time;
+    TimePoint since;
   };
 
   void Watch();
   void BeginChange();
-  void Expect(const std::string& expected, Limit within, const std::function<SSince()>& look);
+  void Expect(const std::string& expected, Limit within, const std::function<SSeen()>& look);
+  void Settle();
+  void CheckSilence() const;
   std::string Tell(const std::string& peer, const std::string& command);
+  void Ask(const std::string& question, bool accepted);
   std::string When(TimePoint time) const;
 
   const TimePoint mBegin = std::chrono::steady_clock::now();
-  const std::shared_ptr<CFaults> mFaults;
-  const std::shared_ptr<CWriteHistory> mHistory;
-  CStatusLight mLight;
-  std::optional<CMountedHardware> mHardware;
+  CChargerHardware mHardware;
   CWriteHistory::Mark mMark = 0;
-  SLamp mLamp;  // as watched last
-  TimePoint mLampSince = mBegin;
+  std::size_t mToneMark = 0;
+  // As watched last.
+  SSeen mLamp{"", mBegin};
+  SSeen mBrightness{"", mBegin};
   TimePoint mChangeBegin = mBegin;
   // By the peer: what it told last, where not all subscribers have replied to it.
   std::map<std::string, std::string> mUnanswered;
@@ -94,3 +111,5 @@ class CCharger : public ICharger {
 
 // "blue pulsating", "off".
 std::string LampWords(const SLamp& lamp);
+// "76%", "7.6%".
+std::string Percent(double value);

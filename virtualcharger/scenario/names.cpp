@@ -1,9 +1,15 @@
 #include "virtualcharger/scenario/names.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
 #include <string_view>
 
+#include "platform/ipc/genericcontrol.pb.h"
 #include "platform/ipc/sessionmanager.pb.h"
 #include "utils/signalcatalogue.h"
+#include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/scenario/words.h"
 
 namespace {
@@ -19,6 +25,14 @@ SNames MakeConnectorStates() {
     if (!ipc::EConnectorState_IsValid(state)) continue;
     Add(names, ipc::EConnectorState_Name(static_cast<ipc::EConnectorState>(state)),
         "EConnectorState", state);
+  }
+  return names;
+}
+
+SNames MakeDaemonStates() {
+  SNames names;
+  for (int state = ipc::EStateUninitialized; state <= ipc::EState_MAX; ++state) {
+    Add(names, ipc::EState_Name(static_cast<ipc::EState>(state)), "EState", state);
   }
   return names;
 }
@@ -40,20 +54,61 @@ const SNames& ConnectorStates() {
   return names;
 }
 
+const SNames& DaemonStates() {
+  static const SNames names = MakeDaemonStates();
+  return names;
+}
+
+std::string DaemonStateName(int state) {
+  const auto& [names, numbers] = DaemonStates();
+  const auto found = std::ranges::find(numbers, state);
+  return found == numbers.end() ? fmt::format("{}", state)
+                                : names[static_cast<std::size_t>(found - numbers.begin())];
+}
+
 const SNames& Errors() {
   static const SNames names = MakeErrors();
   return names;
 }
 
-const std::vector<std::string>& Channels() {
-  static const std::vector<std::string> names{"red", "green", "blue"};
+const std::vector<std::string>& Devices() {
+  static const std::vector<std::string> names{"red", "green", "blue", "sensor", "beeper", "tone"};
   return names;
 }
 
-const std::vector<std::string>& Attributes() {
-  static const std::vector<std::string> names{"trigger", "pattern", "brightness",
-                                              "max_pattern_brightness", "min_pattern_brightness"};
+std::string DevicePath(const std::string& device) {
+  static const std::vector<std::string> paths{std::string(kStatusLightDevices[0]),
+                                              std::string(kStatusLightDevices[1]),
+                                              std::string(kStatusLightDevices[2]),
+                                              kSensorDevice,
+                                              kBeeperDevice,
+                                              kToneDevice};
+  const auto found = std::ranges::find(Devices(), device);
+  return found == Devices().end() ? std::string()
+                                  : paths[static_cast<std::size_t>(found - Devices().begin())];
+}
+
+const std::vector<std::string>& Channels() {
+  static const std::vector<std::string> names(Devices().begin(), Devices().begin() + 3);
   return names;
+}
+
+const std::vector<std::string>& AttributesOf(const std::string& device) {
+  using Names = std::vector<std::string>;
+  static const Names channel{"trigger", "pattern", "brightness", "max_pattern_brightness",
+                             "min_pattern_brightness"};
+  static const std::map<std::string, Names> others{
+      {"sensor", {"in_illuminance_input", "in_illuminance_raw", "in_illuminance_integration_time"}},
+      {"beeper", {"volume"}},
+      {"tone", {}}};
+  static const Names any = [] {
+    auto names = channel;
+    for (const auto& [name, own] : others) names.insert(names.end(), own.begin(), own.end());
+    return names;
+  }();
+  if (device.empty()) return any;
+  const auto found = others.find(device);
+  return found == others.end() ? channel : found->second;
 }
 
 const std::vector<std::string>& LampColours() {
@@ -66,4 +121,16 @@ const std::vector<std::string>& LampModes() {
                                               "blink3", "blink4",    "blink5",   "blink6", "blink7",
                                               "blink8", "blink9",    "blink10"};
   return names;
+}
+
+const std::vector<std::string>& StoreKeys() {
+  static const std::vector<std::string> keys{
+      "HmiLedIntensityMode", "HmiLedIntensityMin",   "HmiLedIntensityMax", "HmiLedIntensityManual",
+      "HmiBuzzerVolume",     "InstallationComplete", "HwHasLed",           "HwHasMeterDisplay",
+      "HwHasBuzzer"};
+  return keys;
+}
+
+std::string StoreSection(const std::string& key) {
+  return key.starts_with("Hw") ? "hwinfo" : "settings";
 }

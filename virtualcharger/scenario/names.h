@@ -11,13 +11,24 @@ struct SNames {
 
 // Connector states as on the wire: "suspended-by-car".
 const SNames& ConnectorStates();
+// States of the daemon's life: "fatal-error". The name of one number, or the number as text.
+const SNames& DaemonStates();
+std::string DaemonStateName(int state);
 // Errors of the signal catalogue: "charge-control-cp-short".
 const SNames& Errors();
 inline constexpr int kFirstError = 1000;
 inline constexpr int kLastError = 9999;
 
-// In the order of the lamp's channels.
+// The lamp's channels in their order, then the other hardware.
+const std::vector<std::string>& Devices();
+// Where it is, as the hardware names it. Empty for an empty name.
+std::string DevicePath(const std::string& device);
 const std::vector<std::string>& Channels();
-const std::vector<std::string>& Attributes();
+// Those that the device has, any of them for an empty name.
+const std::vector<std::string>& AttributesOf(const std::string& device);
 const std::vector<std::string>& LampColours();
 const std::vector<std::string>& LampModes();
+
+// What the daemon reads in the store, and the section that a key is in.
+const std::vector<std::string>& StoreKeys();
+std::string StoreSection(const std::string& key);

@@ -11,15 +11,16 @@ namespace {
 constexpr auto kUsage = R"(usage: virtual-charger --scenario FILE [OPTION]...
        virtual-charger --check FILE
 
-Runs the feedback daemon in a charger that is made of software: a lamp as the kernel would play
-it, a session manager and a diagnostics service. A scenario tells what happens and what is
-expected; nothing on this machine is changed.
+Runs the feedback daemon in a charger that is made of software: lamp, light sensor and beeper as
+the kernel would offer them, a board controller, a session manager, a diagnostics service and a
+meter. A scenario tells what happens and what is expected; nothing on this machine is changed.
 
 options:
   --scenario FILE  run the steps of this file
   --check FILE     only say whether the file's steps are understood
   --daemon PATH    the daemon to run (default: "feedback" beside this program)
   --hz N           timer frequency of the kernel that plays the lamp's patterns (default: 250)
+  --quick-sensor   the light sensor answers at once, not after its integration time
   --log            show the daemon's log as it comes
   --keep           keep the run's folder with the store and the log files
   --help           this text
@@ -29,6 +30,8 @@ steps, one a line; "#" begins a comment:
 
 constexpr auto kRest = R"(
 example:
+  disable
+  enable
   connector charging
   expect lamp blue pulsating within 1s
   error 1004 on
@@ -90,8 +93,8 @@ Options ParsePeer(CReader& reader) {
 }  // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments, const std::string& programFolder) {
-  static const std::vector<std::string> known{"--scenario", "--check", "--daemon", "--hz",
-                                              "--log",      "--keep",  "--help"};
+  static const std::vector<std::string> known{"--scenario",     "--check", "--daemon", "--hz",
+                                              "--quick-sensor", "--log",   "--keep",   "--help"};
   SRunOptions options;
   options.daemon = programFolder + "/feedback";
   CReader reader(arguments);
@@ -100,7 +103,9 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
   while (reader.Next(option)) {
     if (option == "--peer") return ParsePeer(reader);
     if (option == "--help" || option == "-h") return SHelp{};
-    if (option == "--log") {
+    if (option == "--quick-sensor") {
+      options.hardware.quickSensor = true;
+    } else if (option == "--log") {
       options.showLog = true;
     } else if (option == "--keep") {
       options.keepRoot = true;
@@ -117,7 +122,7 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
         return SUsageError{
             fmt::format("--hz: \"{}\" is not a number from 1 to {}", value, kMostHz)};
       }
-      options.hz = *hz;
+      options.hardware.hz = *hz;
     } else {
       options.scenario = value;
       options.checkOnly = option == "--check";

@@ -6,13 +6,14 @@
 #include <variant>
 #include <vector>
 
+#include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/peers/peerprocess.h"
 
 struct SRunOptions {
   std::string scenario;
   bool checkOnly = false;
   std::string daemon;
-  unsigned hz = 250;
+  CChargerHardware::SSettings hardware;
   bool showLog = false;
   bool keepRoot = false;
 };

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <system_error>
 
-CPeerLink::CPeerLink(const std::vector<std::string>& command, int log, SignalHandler onSignal)
-    : mOnSignal(std::move(onSignal)) {
+CPeerLink::CPeerLink(const std::vector<std::string>& command, int log, EventHandler onEvent)
+    : mOnEvent(std::move(onEvent)) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     throw std::system_error(errno, std::generic_category(), "no socket to a peer");
@@ -60,7 +60,11 @@ void CPeerLink::Understand(const std::string& line) {
   if (!(stream >> number)) return;
   std::string text;
   std::getline(stream.ignore(), text);
-  if (kind == "subscribers") mSubscribers = number;
-  if (kind == "reply") mOutcome = {number, text};
-  if (kind == "signal") mOnSignal(static_cast<int>(number), text);
+  if (kind == "subscribers") {
+    mSubscribers = number;
+  } else if (kind == "reply") {
+    mOutcome = {number, text};
+  } else {
+    mOnEvent(kind, static_cast<int>(number), text);
+  }
 }

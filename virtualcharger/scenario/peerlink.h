@@ -15,11 +15,13 @@
 // Threads: one.
 class CPeerLink {
  public:
-  using SignalHandler = std::function<void(int identifier, const std::string& text)>;
+  // An event of what the peer plays, such as "signal 111 Green/On"; the text may be empty.
+  using EventHandler =
+      std::function<void(const std::string& kind, int number, const std::string& text)>;
 
   // The command without its end of the line; the peer's own log goes to the descriptor. Throws
   // std::system_error.
-  CPeerLink(const std::vector<std::string>& command, int log, SignalHandler onSignal);
+  CPeerLink(const std::vector<std::string>& command, int log, EventHandler onEvent);
   CPeerLink(const CPeerLink&) = delete;
   CPeerLink& operator=(const CPeerLink&) = delete;
   ~CPeerLink();
@@ -41,7 +43,7 @@ class CPeerLink {
  private:
   void Understand(const std::string& line);
 
-  const SignalHandler mOnSignal;
+  const EventHandler mOnEvent;
   int mDescriptor = -1;
   std::optional<CChildProcess> mProcess;
   CLineBuffer mLines;

@@ -14,8 +14,7 @@
 namespace {
 
 constexpr auto kPattern = "/charger-XXXXXX";
-constexpr auto kSockets = "/run";
-constexpr auto kLongestService = "/FeedbackGenCtrl.lock";
+constexpr auto kLongestSocket = "/run/FeedbackGenCtrl.lock";
 
 constexpr auto kStore = R"({{
   "communication": {{"SocketDirectory": "{}"}},
@@ -25,12 +24,12 @@ constexpr auto kStore = R"({{
     "HmiBuzzerVolume": 4,
     "InstallationComplete": true
   }},
-  "hwinfo": {{"HwHasLed": true, "HwHasMeterDisplay": false, "HwHasBuzzer": false}}
+  "hwinfo": {{"HwHasLed": true, "HwHasMeterDisplay": true, "HwHasBuzzer": true}}
 }}
 )";
 
 bool IsUsable(const std::string& folder) {
-  const auto longest = folder + kPattern + kSockets + kLongestService;
+  const auto longest = folder + kPattern + kLongestSocket;
   return longest.size() < sizeof(sockaddr_un::sun_path) && access(folder.c_str(), W_OK) == 0;
 }
 
@@ -46,7 +45,7 @@ CPrivateRoot::CPrivateRoot() {
   }
   std::filesystem::create_directory(mPath + "/etc");
   std::ofstream store(Store());
-  store << fmt::format(kStore, mPath + kSockets);
+  store << fmt::format(kStore, Sockets());
   if (!store.flush()) throw std::runtime_error("cannot write " + Store());
 }
 

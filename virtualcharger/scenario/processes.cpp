@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <sstream>
 #include <system_error>
@@ -22,8 +23,6 @@ using namespace std::chrono_literals;
 constexpr auto kLimit = 10s;  // for what only a fault can delay
 constexpr auto kStopLimit = 5s;
 constexpr auto kGlance = 5ms;  // between two looks at a condition
-constexpr auto kDaemon = "daemon";
-constexpr auto kSessionManager = "session-manager";
 constexpr int kAppend = O_WRONLY | O_CREAT | O_APPEND;
 
 // A file for a process's input or output; closed here when the process has it.
@@ -43,6 +42,12 @@ class CFile {
   const int mDescriptor;
 };
 
+// The same value again is as old as before.
+void Take(std::optional<SLast<int>>& last, int value) {
+  if (last && last->value == value) return;
+  last = {value, std::chrono::steady_clock::now()};
+}
+
 }  // namespace
 
 CProcesses::CProcesses(SSettings settings, CInterrupt& interrupt, std::function<void()> watch)
@@ -50,8 +55,7 @@ CProcesses::CProcesses(SSettings settings, CInterrupt& interrupt, std::function<
       mInterrupt(interrupt),
       mWatch(std::move(watch)),
       mConnectorState(ipc::EConnectorStateAvailable) {
-  mPeers[kSessionManager];
-  mPeers["diagnostics"];
+  for (const auto* name : {kBoardController, kDiagnostics, kMeter, kSessionManager}) mPeers[name];
 }
 
 CProcesses::~CProcesses() = default;
@@ -133,7 +137,12 @@ bool CProcesses::Await(const std::function<bool()>& condition, std::chrono::mill
   }
 }
 
-std::optional<SLastSignal> CProcesses::LastSignal(int identifier) const {
+bool CProcesses::Runs(const std::string& name) {
+  auto* process = Find(name);
+  return process != nullptr && !process->IsFrozen();
+}
+
+std::optional<SLast<std::string>> CProcesses::LastSignal(int identifier) const {
   const auto found = mSignals.find(identifier);
   return found == mSignals.end() ? std::nullopt : std::optional(found->second);
 }
@@ -170,9 +179,10 @@ void CProcesses::StartPeer(const std::string& name) {
   link = std::make_unique<CPeerLink>(
       std::vector<std::string>{ThisProgram(), "--peer", name, "--store", mRoot.Store(), "--state",
                                std::to_string(mConnectorState)},
-      log.Get(), [this](int identifier, const std::string& text) {
-        mSignals[identifier] = {text, std::chrono::steady_clock::now()};
+      log.Get(), [this](const std::string& kind, int number, const std::string& text) {
+        TakeEvent(kind, number, text);
       });
+  if (name == kMeter) mDisplay.reset();
   if (!Await([&] { return link->IsServing(); }, kLimit)) {
     throw CStepFailure(fmt::format("{} did not begin to serve within {} s", name, kLimit.count()));
   }
@@ -184,16 +194,44 @@ void CProcesses::StartDaemon() {
   mDaemon = std::make_unique<CChildProcess>(
       std::vector<std::string>{mSettings.daemon, "-r", mRoot.Path() + '/'},
       CChildProcess::SStandard{nothing.Get(), log.Get(), log.Get()});
-  AwaitSubscriptions();
+  AwaitDaemon();
 }
 
-void CProcesses::AwaitSubscriptions() {
+bool CProcesses::HasFoundDaemon(const std::string& peer) const {
+  if (peer == kMeter) return true;  // hears of the daemon when its display is set
+  if (peer == kBoardController) return mState.has_value();
+  return mPeers.at(peer)->Subscribers() > 0;
+}
+
+void CProcesses::AwaitDaemon() {
   for (const auto& [name, link] : mPeers) {
     if (!link || link->Process().IsFrozen()) continue;
-    if (!Await([&peer = *link] { return peer.Subscribers() > 0; }, kLimit)) {
-      throw CStepFailure(
-          fmt::format("the daemon did not subscribe to {} within {} s", name, kLimit.count()));
+    if (!Await([this, &peer = name] { return HasFoundDaemon(peer); }, kLimit)) {
+      throw CStepFailure(fmt::format("the daemon and {} did not find each other within {} s", name,
+                                     kLimit.count()));
     }
+  }
+}
+
+void CProcesses::CheckSocketsAreGone() const {
+  for (const auto& entry : std::filesystem::directory_iterator(mRoot.Sockets())) {
+    const auto name = entry.path().filename().string();
+    if (entry.is_socket() && name.starts_with("Feedback")) {
+      throw CStepFailure("the daemon has ended and left its socket " + name);
+    }
+  }
+}
+
+void CProcesses::TakeEvent(const std::string& kind, int number, const std::string& text) {
+  if (kind == "signal") {
+    mSignals[number] = {text, std::chrono::steady_clock::now()};
+  } else if (kind == "state") {
+    Take(mState, number);
+    ++mStateReports;
+  } else if (kind == "alive") {
+    ++mAliveMessages;
+  } else if (kind == "display") {
+    Take(mDisplay, number);
   }
 }
 
@@ -212,6 +250,7 @@ void CProcesses::StopProcess(const std::string& name, CChildProcess& process) {
     throw CStepFailure(fmt::format("{} was asked to end: {} instead of exit status 0", name,
                                    DescribeEnd(*process.Ended())));
   }
+  if (name == kDaemon) CheckSocketsAreGone();
 }
 
 void CProcesses::Forget(const std::string& name) {
@@ -221,6 +260,7 @@ void CProcesses::Forget(const std::string& name) {
   }
   mDaemon.reset();
   // A daemon that is started later must not be taken for this one.
+  mState.reset();
   for (const auto& [peer, link] : mPeers) {
     if (!link || link->Process().IsFrozen()) continue;
     if (!Await([&each = *link] { return each.Subscribers() == 0; }, kLimit)) {

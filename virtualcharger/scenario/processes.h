@@ -14,9 +14,17 @@
 #include "virtualcharger/scenario/peerlink.h"
 #include "virtualcharger/scenario/privateroot.h"
 
-// The last value that the diagnostics service got of a signal.
-struct SLastSignal {
-  std::string text;
+// The names of the processes.
+inline constexpr auto kDaemon = "daemon";
+inline constexpr auto kBoardController = "board-controller";
+inline constexpr auto kDiagnostics = "diagnostics";
+inline constexpr auto kMeter = "meter";
+inline constexpr auto kSessionManager = "session-manager";
+
+// What a peer got from the daemon last, and since when it is so.
+template <typename Value>
+struct SLast {
+  Value value;
   std::chrono::steady_clock::time_point time;
 };
 
@@ -33,7 +41,7 @@ class CProcesses {
   CProcesses(SSettings settings, CInterrupt& interrupt, std::function<void()> watch);
   ~CProcesses();
 
-  // The peers first, then the daemon; returns when it has subscribed to them.
+  // The peers first, then the daemon; returns when it serves and has subscribed to them.
   void Start();
   // Everything ends orderly, the daemon first. Throws CStepFailure where it does not.
   void Stop();
@@ -46,7 +54,17 @@ class CProcesses {
   // Takes in what comes until the condition holds; false if it does not within the time.
   bool Await(const std::function<bool()>& condition, std::chrono::milliseconds limit);
 
-  std::optional<SLastSignal> LastSignal(int identifier) const;
+  // Neither ended nor frozen.
+  bool Runs(const std::string& name);
+
+  std::optional<SLast<std::string>> LastSignal(int identifier) const;
+  // Nothing before a daemon that was started has reported its first one.
+  const std::optional<SLast<int>>& LastState() const { return mState; }
+  // In percent; nothing before the meter that runs was told one.
+  const std::optional<SLast<int>>& Display() const { return mDisplay; }
+  // How many messages of their kind have come up to now.
+  unsigned StateReports() const { return mStateReports; }
+  unsigned AliveMessages() const { return mAliveMessages; }
   CPrivateRoot& Root() { return mRoot; }
 
  private:
@@ -57,7 +75,10 @@ class CProcesses {
   void StartDaemon();
   void StopProcess(const std::string& name, CChildProcess& process);
   void Forget(const std::string& name);
-  void AwaitSubscriptions();
+  bool HasFoundDaemon(const std::string& peer) const;
+  void AwaitDaemon();
+  void CheckSocketsAreGone() const;
+  void TakeEvent(const std::string& kind, int number, const std::string& text);
   void Look();
   void CheckProcesses();
   void ShowLog();
@@ -68,7 +89,11 @@ class CProcesses {
   CPrivateRoot mRoot;
   std::map<std::string, std::unique_ptr<CPeerLink>> mPeers;
   std::unique_ptr<CChildProcess> mDaemon;
-  std::map<int, SLastSignal> mSignals;
+  std::map<int, SLast<std::string>> mSignals;
+  std::optional<SLast<int>> mState;
+  std::optional<SLast<int>> mDisplay;
+  unsigned mStateReports = 0;
+  unsigned mAliveMessages = 0;
   int mConnectorState;  // what the session manager told last, and remembers
   std::ifstream mLog;
 };

@@ -74,7 +74,7 @@ class CRun {
 int RunScenario(const SRunOptions& options, const SScenario& scenario) {
   CInterrupt interrupt;
   CTranscript transcript(stdout);
-  CCharger charger({options.daemon, options.showLog}, options.hz, interrupt);
+  CCharger charger({options.daemon, options.showLog}, options.hardware, interrupt);
   if (options.keepRoot) {
     charger.Root().Keep();
     transcript.Line(fmt::format("the run's folder: {}\n", charger.Root().Path()));

@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <cctype>
 
-#include "utils/signalcatalogue.h"
+#include "platform/ipc/feedback.pb.h"
+#include "virtualcharger/scenario/expectsteps.h"
 #include "virtualcharger/scenario/names.h"
 
 namespace {
@@ -15,16 +16,48 @@ using std::chrono::milliseconds;
 constexpr milliseconds kDefaultDelay{500};
 constexpr auto kAll = "all";
 
+constexpr double kBrightest = 1'000'000;  // lux
+
 bool IsNumber(std::string_view word) {
   return !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char letter) {
     return std::isdigit(letter) != 0;
   });
 }
 
-ICharger::Limit ParseWithin(CArguments& arguments) {
-  const auto limit = arguments.Take("within") ? ICharger::Limit(arguments.Time()) : std::nullopt;
+// A step that needs a verdict ends with "rejected" where that is expected.
+bool ParseAccepted(CArguments& arguments) {
+  const bool rejected = arguments.Take("rejected");
   arguments.End();
-  return limit;
+  return !rejected;
+}
+
+template <ERequest Asked>
+StepAction ParseRequest(CArguments& arguments) {
+  const bool accepted = ParseAccepted(arguments);
+  return [=](ICharger& charger) {
+    charger.Request(Asked, accepted);
+    return std::string();
+  };
+}
+
+StepAction ParseTrigger(CArguments& arguments, int event) {
+  const bool accepted = ParseAccepted(arguments);
+  return [=](ICharger& charger) {
+    charger.Trigger(event, accepted);
+    return std::string();
+  };
+}
+
+StepAction ParseCard(CArguments& arguments) {
+  static constexpr ipc::EFbEventType events[]{
+      ipc::EFbEventTypeAuthSuccess, ipc::EFbEventTypeAuthFailure, ipc::EFbEventTypeTagSwipe};
+  const auto choice =
+      arguments.Choice("what happens to the card", {"accepted", "refused", "swiped"});
+  return ParseTrigger(arguments, events[choice]);
+}
+
+StepAction ParseIdentify(CArguments& arguments) {
+  return ParseTrigger(arguments, ipc::EFbEventTypeIdentify);
 }
 
 StepAction ParseConnector(CArguments& arguments) {
@@ -46,51 +79,49 @@ StepAction ParseError(CArguments& arguments) {
   return [=](ICharger& charger) { return charger.SetError(identifier, on); };
 }
 
-std::string Capitalised(std::string text) {
-  text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
-  return text;
-}
-
-StepAction ParseExpectLamp(CArguments& arguments) {
-  SLamp lamp{"", "Off"};
-  if (!arguments.Take("off")) {
-    lamp.colour = Capitalised(LampColours()[arguments.Choice("a colour", LampColours())]);
-    lamp.mode = Capitalised(LampModes()[arguments.Choice("a mode", LampModes())]);
-  }
-  const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectLamp(lamp, within);
-    return std::string();
-  };
-}
-
-StepAction ParseExpectSignal(CArguments& arguments) {
-  std::vector<std::string> names;
-  for (const auto& signal : AllSignals()) names.emplace_back(signal.name);
-  const auto place = arguments.Choice("a signal of the catalogue", names);
-  const int identifier = AllSignals()[place].identifier;
-  const auto text = arguments.Word("the signal's value");
-  const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectSignal(identifier, text, within);
-    return std::string();
-  };
-}
-
-StepAction ParseExpectWritten(CArguments& arguments) {
-  if (arguments.Take("nothing")) {
-    arguments.End();
-    return [](ICharger& charger) {
-      charger.ExpectNoWrite();
-      return std::string();
-    };
-  }
-  const auto channel = Channels()[arguments.Choice("a channel (or \"nothing\")", Channels())];
-  const auto attribute = Attributes()[arguments.Choice("an attribute", Attributes())];
-  const auto text = arguments.Word("the text that is written");
+StepAction ParseLight(CArguments& arguments) {
+  const double lux = arguments.Decimal("an illuminance in lux", 0, kBrightest);
   arguments.End();
   return [=](ICharger& charger) {
-    charger.ExpectWrite(channel, attribute, text);
+    charger.SetLight(lux);
+    return std::string();
+  };
+}
+
+std::string ParseKey(CArguments& arguments) {
+  return StoreKeys()[arguments.Choice("a key of the store", StoreKeys())];
+}
+
+Json::Value ValueOf(const std::string& word) {
+  if (word == "true" || word == "false") return word == "true";
+  const auto number = WholeNumber(word);
+  return number ? Json::Value(*number) : Json::Value(word);
+}
+
+StepAction ParseSet(CArguments& arguments) {
+  const auto key = ParseKey(arguments);
+  const auto value = ValueOf(arguments.Word("the new value"));
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.SetStored(key, value);
+    return std::string();
+  };
+}
+
+StepAction ParseUnset(CArguments& arguments) {
+  const auto key = ParseKey(arguments);
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.SetStored(key, Json::Value());
+    return std::string();
+  };
+}
+
+StepAction ParseMeter(CArguments& arguments) {
+  const bool accepts = arguments.Choice("\"accepts\" or \"refuses\"", {"accepts", "refuses"}) == 0;
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.SetMeter(accepts);
     return std::string();
   };
 }
@@ -113,6 +144,15 @@ StepAction ParseControl(CArguments& arguments) {
   };
 }
 
+StepAction ParseInterrupt(CArguments& arguments) {
+  arguments.Choice("the daemon", {"daemon"});
+  arguments.End();
+  return [](ICharger& charger) {
+    charger.Control(EProcessAction::Stop, "daemon");
+    return std::string();
+  };
+}
+
 // A choice of which "all" becomes the empty name.
 std::string ParsePlace(CArguments& arguments, std::string_view expected,
                        const std::vector<std::string>& names) {
@@ -120,23 +160,21 @@ std::string ParsePlace(CArguments& arguments, std::string_view expected,
 }
 
 StepAction ParseFault(CArguments& arguments) {
-  static const std::vector<std::string> names{"EIO",  "EACCES", "ENOENT",  "EBUSY",   "EINVAL",
-                                              "slow", "short",  "garbage", "vanished"};
-  const auto channel = ParsePlace(arguments, "a channel (or \"all\")", Channels());
-  const auto attribute = ParsePlace(arguments, "an attribute (or \"all\")", Attributes());
-  const auto name = names[arguments.Choice("a fault", names)];
+  const auto device = ParsePlace(arguments, "a device (or \"all\")", Devices());
+  const auto attribute = ParsePlace(arguments, "an attribute (or \"all\")", AttributesOf(device));
+  const auto name = FaultNames()[arguments.Choice("a fault", FaultNames())];
   auto fault = FaultNamed(name).value();
   fault.delay = kDefaultDelay;
   fault.text = "garbage";
-  if (name == "slow" && !arguments.Peek().empty() && arguments.Peek() != "times") {
-    fault.delay = arguments.Time();
-  }
+  const bool more = !arguments.Peek().empty() && arguments.Peek() != "times";
+  if (name == "slow" && more) fault.delay = arguments.Time();
+  if (name == "garbage" && more) fault.text = arguments.Word("the text that reads give");
   if (arguments.Take("times")) {
     fault.writes = static_cast<unsigned>(arguments.Number("a number of writes", 1, 1'000'000));
   }
   arguments.End();
   return [=](ICharger& charger) {
-    charger.SetFault(channel, attribute, fault);
+    charger.SetFault(device, attribute, fault);
     return std::string();
   };
 }
@@ -173,29 +211,77 @@ bool Begins(const std::vector<std::string>& words, std::string_view kind) {
 const std::vector<SStepKind>& StepKinds() {
   // clang-format off
   static const std::vector<SStepKind> kinds{
+      {"disable", "disable [rejected]",
+       "the board controller disables the daemon, which takes it and reports its next state",
+       "disable", &ParseRequest<ERequest::Disable>},
+      {"enable", "enable [rejected]",
+       "the same to enable it; rejected: its verdict must be that this is not possible now",
+       "enable rejected", &ParseRequest<ERequest::Enable>},
       {"connector", "connector STATE",
        "the session manager reports this state, by its name or any number",
        "connector suspended-by-car", &ParseConnector},
+      {"card", "card accepted|refused|swiped [rejected]",
+       "the card reader's part: a card was accepted, refused or only seen",
+       "card accepted", &ParseCard},
+      {"identify", "identify [rejected]",
+       "somebody asks which charger this is",
+       "identify", &ParseIdentify},
       {"error", "error NUMBER|NAME on|off",
        "the diagnostics service reports that this error begins or ends",
        "error 1004 on", &ParseError},
+      {"light", "light LUX",
+       "the light around the charger; 25 and less is night, 667 and more full day",
+       "light 345.8", &ParseLight},
+      {"set", "set KEY VALUE",
+       "the store's key gets this value: true, false, a whole number or a text",
+       "set HmiLedIntensityManual 40", &ParseSet},
+      {"unset", "unset KEY",
+       "the key is taken out of the store",
+       "unset HmiLedIntensityMode", &ParseUnset},
+      {"meter", "meter accepts|refuses",
+       "what the meter does with a new brightness of its display",
+       "meter refuses", &ParseMeter},
+      {"expect state", "expect state NAME [within TIME]",
+       "the state that the daemon reported last; within: so soon after the last change began",
+       "expect state enabled", &ParseExpectState},
+      {"expect alive", "expect alive",
+       "the daemon says once more that it is alive",
+       "expect alive", &ParseExpectAlive},
       {"expect lamp", "expect lamp off|COLOUR MODE [within TIME]",
-       "the lamp shows this light; within: so soon after the last change began",
+       "the lamp shows this light",
        "expect lamp blue pulsating within 1s", &ParseExpectLamp},
+      {"expect brightness", "expect brightness PERCENT [within TIME]",
+       "the upper end of the range of the channels that are lit",
+       "expect brightness 76", &ParseExpectPercent<&ICharger::ExpectBrightness>},
+      {"expect display", "expect display PERCENT [within TIME]",
+       "the brightness that the meter's display was set to last",
+       "expect display 100", &ParseExpectPercent<&ICharger::ExpectDisplay>},
       {"expect signal", "expect signal \"NAME\" TEXT [within TIME]",
-       "the last value of this signal that diagnostics got; within: as above",
+       "the last value of this signal that diagnostics got",
        "expect signal \"LED state\" Blue/Pulsating", &ParseExpectSignal},
+      {"expect attribute", "expect attribute DEVICE ATTRIBUTE \"TEXT\"",
+       "what the attribute holds",
+       "expect attribute beeper volume 4", &ParseExpectAttribute},
+      {"expect beep", "expect beep",
+       "the next beep since the mark, from its begin to its end",
+       "expect beep", &ParseExpectBeep},
+      {"expect no beep", "expect no beep",
+       "no further tone since the mark",
+       "expect no beep", &ParseExpectNoBeep},
       {"expect written", "expect written CHANNEL ATTRIBUTE \"TEXT\"|nothing",
        "the next write to the lamp since the mark, exactly; or that there is none",
        "expect written blue pattern \"1000 2500 0 2500 \"", &ParseExpectWritten},
       {"mark", "mark",
-       "what is written from here on is compared by \"expect written\"",
+       "only what is written and heard from here on is looked at",
        "mark", &ParseMark},
+      {"interrupt", "interrupt daemon",
+       "SIGINT: it ends with status 0 and leaves no socket and no tone",
+       "interrupt daemon", &ParseInterrupt},
       {"kill", "kill PROCESS",
-       "the process ends at once (SIGKILL): daemon, session-manager or diagnostics",
+       "the process ends at once (SIGKILL)",
        "kill session-manager", &ParseControl<EProcessAction::Kill>},
       {"stop", "stop PROCESS",
-       "the process is asked to end, and must end orderly",
+       "the process is asked to end, and must end orderly; the daemon as by \"interrupt\"",
        "stop daemon", &ParseControl<EProcessAction::Stop>},
       {"start", "start PROCESS",
        "the process that was killed or stopped runs again and serves",
@@ -206,8 +292,8 @@ const std::vector<SStepKind>& StepKinds() {
       {"thaw", "thaw PROCESS",
        "the frozen process goes on",
        "thaw diagnostics", &ParseControl<EProcessAction::Thaw>},
-      {"fault", "fault CHANNEL|all ATTRIBUTE|all NAME [TIME] [times N]",
-       "the lamp's attribute fails: EIO EACCES ENOENT EBUSY EINVAL slow short garbage vanished",
+      {"fault", "fault DEVICE|all ATTRIBUTE|all NAME [TIME|\"TEXT\"] [times N]",
+       "the hardware fails in this way",
        "fault green pattern EIO times 2", &ParseFault},
       {"heal", "heal",
        "no faults any more",
@@ -224,7 +310,8 @@ const std::vector<SStepKind>& StepKinds() {
 }
 
 const std::vector<std::string>& ProcessNames() {
-  static const std::vector<std::string> names{"daemon", "session-manager", "diagnostics"};
+  static const std::vector<std::string> names{"daemon", "session-manager", "diagnostics",
+                                              "board-controller", "meter"};
   return names;
 }
 

@@ -8,21 +8,25 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
-#include <numeric>
 #include <sstream>
 #include <string_view>
-#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "virtualcharger/hardware/swatch.h"
 
 namespace {
 
-constexpr std::size_t kStepWidth = 32;
-constexpr std::size_t kLampWidth = 16;
-constexpr std::size_t kPatternWidth =
-    13;  // at least; a longer pattern takes what the line has left
-constexpr std::size_t kBeforePatterns = 6 + 1 + kStepWidth + 1 + 4 + 2 * (1 + kLampWidth) + 1;
+constexpr std::size_t kStepWidth = 30;
+constexpr std::size_t kStateWidth = 11;
+constexpr std::size_t kLampWidth = 15;
+constexpr std::size_t kPercentWidth = 4;
+constexpr std::size_t kLedStateWidth = 16;
+constexpr std::size_t kBeepsWidth = 5;
+constexpr std::size_t kBeforePattern = 6 + 1 + kStepWidth + 1 + kStateWidth + 1 + 4 + 1 +
+                                       kLampWidth + 1 + kPercentWidth + 1 + kLedStateWidth + 1 +
+                                       kPercentWidth + 1 + kBeepsWidth + 1;
+constexpr std::size_t kLeastPattern = 10;
 constexpr auto kIndent = "        ";
 constexpr auto kSay = "say ";
 constexpr auto kExpect = "expect ";
@@ -52,32 +56,39 @@ std::size_t LineWidth(std::FILE* output) {
              : std::numeric_limits<std::size_t>::max();
 }
 
-// The longest gives way first.
-std::string FitPatterns(const std::array<std::string, 3>& patterns, std::size_t width) {
-  std::array<std::size_t, 3> widths{};
-  std::ranges::transform(patterns, widths.begin(), [](const std::string& pattern) {
-    return std::max(pattern.size(), kPatternWidth);
-  });
-  const std::size_t separators = widths.size() - 1;
-  for (auto longest = widths.end();
-       std::accumulate(widths.begin(), widths.end(), separators) > width; --*longest) {
-    longest = std::ranges::max_element(widths);
-    if (*longest == kPatternWidth) break;
-  }
-  std::string text = Fit(patterns[0], widths[0]) + '|' + Fit(patterns[1], widths[1]) + '|' +
-                     Fit(patterns[2], widths[2]);
-  text.erase(text.find_last_not_of(' ') + 1);
-  return text;
-}
-
-std::string Row(const std::string& time, const std::string& step, const std::string& swatch,
-                const std::string& lamp, const std::string& ledState, const std::string& patterns) {
-  return fmt::format("{:>6} {} {} {} {} {}\n", time, Fit(step, kStepWidth), swatch,
-                     Fit(lamp, kLampWidth), Fit(ledState, kLampWidth), patterns);
-}
-
 std::string OrDash(const std::string& text) {
   return text.empty() ? "-" : text;
+}
+
+// "rg 1000 0 1000 0": what each lit channel plays, the same only once.
+std::string Patterns(const SView& view) {
+  std::vector<std::pair<std::string, std::string>> lit;  // channels, pattern
+  for (std::size_t channel = 0; channel < view.patterns.size(); ++channel) {
+    if (view.levels[channel] == 0) continue;
+    const auto& pattern = view.patterns[channel];
+    auto same = std::ranges::find(lit, pattern, &std::pair<std::string, std::string>::second);
+    if (same == lit.end()) same = lit.insert(lit.end(), {"", pattern});
+    same->first += "rgb"[channel];
+  }
+  std::string text;
+  for (const auto& [channels, pattern] : lit) {
+    text += fmt::format("{}{} {}", text.empty() ? "" : " | ", channels, OrDash(pattern));
+  }
+  return OrDash(text);
+}
+
+std::string Cells(const std::string& state, const std::string& swatch, const std::string& lamp,
+                  const std::string& brightness, const std::string& ledState,
+                  const std::string& display, const std::string& beeps,
+                  const std::string& patterns) {
+  return fmt::format("{} {} {} {:>{}} {} {:>{}} {:>{}} {}\n", Fit(state, kStateWidth), swatch,
+                     Fit(lamp, kLampWidth), brightness, kPercentWidth,
+                     Fit(ledState, kLedStateWidth), display, kPercentWidth, beeps, kBeepsWidth,
+                     patterns);
+}
+
+std::string CutTo(std::size_t width, const std::string& text) {
+  return text.size() <= width ? text : Fit(text, width);
 }
 
 // Steps that change nothing themselves.
@@ -93,11 +104,12 @@ CTranscript::CTranscript(std::FILE* output)
 CTranscript::CTranscript(std::FILE* output, bool colours, std::size_t width)
     : mOutput(output),
       mColours(colours),
-      mPatternsWidth(width > kBeforePatterns ? width - kBeforePatterns : 0) {}
+      mPatternWidth(width > kBeforePattern + kLeastPattern ? width - kBeforePattern
+                                                           : kLeastPattern) {}
 
 void CTranscript::Header() {
-  Line(Row("time", "step", "    ", "lamp", "LED state",
-           FitPatterns({"red", "green", "blue"}, mPatternsWidth)));
+  Line(fmt::format("{:>6} {} {}", "time", Fit("step", kStepWidth),
+                   Cells("state", "    ", "lamp", "at", "LED state", "disp", "beeps", "pattern")));
 }
 
 void CTranscript::Step(const std::string& text, const SView& view) {
@@ -107,16 +119,15 @@ void CTranscript::Step(const std::string& text, const SView& view) {
     return;
   }
   const auto time = fmt::format("{:.3f}", std::chrono::duration<double>(view.time).count());
-  auto shown = std::tuple(LampWords(view.lamp), view.ledState, view.patterns);
+  auto shown = Cells(OrDash(view.state), Swatch(view, mColours), LampWords(view.lamp),
+                     view.brightness, OrDash(view.ledState), OrDash(view.display),
+                     fmt::format("{}", view.beeps), CutTo(mPatternWidth, Patterns(view)));
   if (OnlyLooks(text) && shown == mShown) {
     Line(fmt::format("{:>6}   {}{}\n", time, text, text.starts_with(kExpect) ? ": yes" : ""));
     return;
   }
   mShown = std::move(shown);
-  Line(Row(
-      time, text, Swatch(view, mColours), LampWords(view.lamp), OrDash(view.ledState),
-      FitPatterns({OrDash(view.patterns[0]), OrDash(view.patterns[1]), OrDash(view.patterns[2])},
-                  mPatternsWidth)));
+  Line(fmt::format("{:>6} {} {}", time, Fit(text, kStepWidth), mShown));
 }
 
 void CTranscript::Note(const std::string& text) {

@@ -1,16 +1,14 @@
 // What people read while a scenario runs: one line a step.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <string>
-#include <tuple>
 
 #include "virtualcharger/scenario/charger.h"
 
 // With colours on a terminal, unless NO_COLOR is set: then a swatch shows the lamp's light at its
-// brightest, elsewhere a word says whether there is any. On a terminal the pattern texts are cut to
+// brightest, elsewhere a word says whether there is any. On a terminal the pattern text is cut to
 // its width.
 class CTranscript {
  public:
@@ -28,6 +26,6 @@ class CTranscript {
  private:
   std::FILE* const mOutput;
   const bool mColours;
-  const std::size_t mPatternsWidth;
-  std::tuple<std::string, std::string, std::array<std::string, 3>> mShown;
+  const std::size_t mPatternWidth;
+  std::string mShown;  // behind the step
 };

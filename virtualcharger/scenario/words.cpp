@@ -7,7 +7,6 @@
 #include <charconv>
 #include <cmath>
 #include <numeric>
-#include <optional>
 #include <utility>
 
 namespace {
@@ -30,7 +29,7 @@ std::size_t Distance(std::string_view from, std::string_view to) {
 }
 
 template <typename Value>
-std::optional<Value> WholeNumber(std::string_view word) {
+std::optional<Value> Whole(std::string_view word) {
   Value value{};
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
   return error == std::errc() && end == word.data() + word.size() ? std::optional(value)
@@ -78,6 +77,10 @@ std::string DashedName(std::string_view name) {
   return dashed;
 }
 
+std::optional<int> WholeNumber(std::string_view word) {
+  return Whole<int>(word);
+}
+
 std::string CArguments::Word(std::string_view expected) {
   if (mNext == mWords.size()) throw CParseError(fmt::format("{} is missing", expected));
   return mWords[mNext++];
@@ -96,11 +99,18 @@ std::size_t CArguments::Choice(std::string_view expected, const std::vector<std:
 
 int CArguments::Number(std::string_view expected, int least, int most) {
   const auto word = Word(expected);
-  const auto number = WholeNumber<int>(word);
+  const auto number = WholeNumber(word);
   if (!number || *number < least || *number > most) {
     throw CParseError(fmt::format("\"{}\" is not {} from {} to {}", word, expected, least, most));
   }
   return *number;
+}
+
+double CArguments::Decimal(std::string_view expected, double least, double most) {
+  const auto word = Word(expected);
+  const auto number = Whole<double>(word);
+  if (number && *number >= least && *number <= most) return *number;
+  throw CParseError(fmt::format("\"{}\" is not {} from {} to {}", word, expected, least, most));
 }
 
 std::chrono::milliseconds CArguments::Time() {
@@ -109,8 +119,7 @@ std::chrono::milliseconds CArguments::Time() {
   const std::string_view text = word;
   for (const auto& [unit, seconds] : {std::pair("ms", 0.001), std::pair("s", 1.0)}) {
     if (!text.ends_with(unit)) continue;
-    const auto number =
-        WholeNumber<double>(text.substr(0, text.size() - std::string_view(unit).size()));
+    const auto number = Whole<double>(text.substr(0, text.size() - std::string_view(unit).size()));
     if (number && *number >= 0 && *number * seconds <= kLongestTime) {
       return std::chrono::milliseconds(std::llround(*number * seconds * 1000));
     }

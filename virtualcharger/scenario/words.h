@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -23,6 +24,9 @@ std::string Hint(std::string_view word, const std::vector<std::string>& known);
 // "SuspendedByCar" becomes "suspended-by-car".
 std::string DashedName(std::string_view name);
 
+// Nothing where the word is something else or does not fit.
+std::optional<int> WholeNumber(std::string_view word);
+
 // The words after a step's own, taken one after the other. Throws CParseError.
 class CArguments {
  public:
@@ -33,6 +37,7 @@ class CArguments {
   // The place of the next word among the known ones.
   std::size_t Choice(std::string_view expected, const std::vector<std::string>& known);
   int Number(std::string_view expected, int least, int most);
+  double Decimal(std::string_view expected, double least, double most);
   // "100ms", "2s", "1.5s".
   std::chrono::milliseconds Time();
   // Takes the next word if it is this one.

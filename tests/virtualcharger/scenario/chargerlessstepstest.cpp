@@ -32,6 +32,27 @@ std::string Refusal(const std::string& line) {
 
 TEST(AStep, DoesWhatItsLineSays) {
   const std::vector<std::pair<std::string, std::string>> cases{
+      {"disable", "disable true"},
+      {"enable rejected", "enable false"},
+      {"card accepted", "event 0 true"},
+      {"card refused", "event 1 true"},
+      {"card swiped rejected", "event 2 false"},
+      {"identify", "event 3 true"},
+      {"light 345.8334", "light 345.8334"},
+      {"set InstallationComplete false", "set InstallationComplete 5 false"},
+      {"set HmiBuzzerVolume -1", "set HmiBuzzerVolume 1 -1"},
+      {"set HmiLedIntensityMode Auto", "set HmiLedIntensityMode 4 Auto"},
+      {"unset HwHasLed", "set HwHasLed 0 "},
+      {"meter refuses", "meter false"},
+      {"expect state fatal-error within 1s", "state 5 1000"},
+      {"expect alive", "alive"},
+      {"expect brightness 0", "brightness 0 -"},
+      {"expect display 100 within 2s", "display 100 2000"},
+      {"expect attribute sensor in_illuminance_integration_time 0.800000",
+       "attribute sensor in_illuminance_integration_time 0.800000"},
+      {"expect beep", "beep"},
+      {"expect no beep", "no beep"},
+      {"interrupt daemon", "control 1 daemon"},
       {"connector charging", "connector 6"},
       {"connector unavailable", "connector 0"},
       {"connector charging-limited", "connector 12"},
@@ -55,9 +76,11 @@ TEST(AStep, DoesWhatItsLineSays) {
       {"freeze daemon", "control 3 daemon"},
       {"thaw daemon", "control 4 daemon"},
       {"fault green pattern EIO",
-       fmt::format("fault [green] [pattern] kind 0 error {} delay 500 writes 0", EIO)},
-      {"fault all all slow 2s times 3", "fault [] [] kind 1 error 0 delay 2000 writes 3"},
-      {"fault red all slow times 3", "fault [red] [] kind 1 error 0 delay 500 writes 3"},
+       fmt::format("fault [green] [pattern] kind 0 error {} delay 500 writes 0 garbage", EIO)},
+      {"fault all all slow 2s times 3", "fault [] [] kind 1 error 0 delay 2000 writes 3 garbage"},
+      {"fault tone all slow times 3", "fault [tone] [] kind 1 error 0 delay 500 writes 3 garbage"},
+      {R"(fault sensor in_illuminance_input garbage "nan")",
+       "fault [sensor] [in_illuminance_input] kind 3 error 0 delay 500 writes 0 nan"},
       {"heal", "heal"},
       {"wait 1s", "wait 1000"},
       {"say whatever # comes", ""},
@@ -69,8 +92,19 @@ TEST(AStep, ThatIsNotUnderstoodIsToldWhatWasExpected) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"conector 1", R"("conector" is not a step; did you mean "connector"?)"},
       {"expect lmap red on", R"("expect lmap" is not a step; did you mean "expect lamp"?)"},
-      {"expect", R"("expect " is not a step; expected one of: connector, error, expect lamp)"},
-      {"dance", R"("dance" is not a step; expected one of: connector, error)"},
+      {"expect", R"("expect " is not a step; expected one of: disable, enable, connector)"},
+      {"dance", R"("dance" is not a step; expected one of: disable, enable)"},
+      {"enable now", R"("now" is too much; expected: enable [rejected])"},
+      {"card eaten", R"("eaten" is not what happens to the card: accepted, refused, swiped)"},
+      {"light bright", R"("bright" is not an illuminance in lux from 0 to 1000000)"},
+      {"light -1", "is not an illuminance in lux"},
+      {"set HmiBuzzerVolum 1", R"(did you mean "HmiBuzzerVolume"?)"},
+      {"set HmiBuzzerVolume", "the new value is missing"},
+      {"expect state enabeld", R"(did you mean "enabled"?)"},
+      {"expect display 101", R"("101" is not a percentage from 0 to 100)"},
+      {"expect attribute beeper pattern 1", R"("pattern" is not an attribute: volume)"},
+      {"fault tone volume EIO", R"("volume" is not an attribute (or "all"))"},
+      {"interrupt meter", R"("meter" is not the daemon: daemon)"},
       {"connector", "a connector state is missing; expected: connector STATE"},
       {"connector chargin", R"("chargin" is not a connector state; did you mean "charging"?)"},
       {"connector 1 2", R"("2" is too much; expected: connector STATE)"},
@@ -91,7 +125,8 @@ TEST(AStep, ThatIsNotUnderstoodIsToldWhatWasExpected) {
       {R"(expect written red patern "x")", R"(did you mean "pattern"?)"},
       {"expect written red pattern", "the text that is written is missing"},
       {"expect written nothing now", R"("now" is too much)"},
-      {"kill me", R"("me" is not a process: daemon, session-manager, diagnostics)"},
+      {"kill me",
+       R"("me" is not a process: daemon, session-manager, diagnostics, board-controller, meter)"},
       {"fault red pattern EIOO", R"("EIOO" is not a fault; did you mean "EIO"?)"},
       {"fault red pattern EIO 2s", R"("2s" is too much)"},
       {"fault red pattern EIO times 0", R"("0" is not a number of writes from 1 to 1000000)"},
@@ -138,11 +173,12 @@ TEST(AName, StandsForOneNumberOnly) {
   EXPECT_EQ(ConnectorStates().names.size(), 13U);
 }
 
-TEST(AFault, IsKnownToTheHardwareUnderEachNameThatStepsTake) {
-  for (const auto* name :
-       {"EIO", "EACCES", "ENOENT", "EBUSY", "EINVAL", "slow", "short", "garbage", "vanished"}) {
-    EXPECT_EQ(Refusal(fmt::format("fault all all {}", name)), "understood");
-  }
+TEST(ADevice, IsAtItsOwnPlaceInTheHardware) {
+  std::set<std::string> places;
+  for (const auto& device : Devices()) places.insert(DevicePath(device));
+  EXPECT_THAT(places, testing::ElementsAre("beeper", "kelo:blue:top", "kelo:green:top",
+                                           "kelo:red:top", "light/iio:device0", "tone"));
+  EXPECT_EQ(DevicePath(""), "");
 }
 
 }  // namespace

@@ -18,17 +18,17 @@ TEST(TheCommandLine, RunsAScenarioWithTheDaemonBesideTheProgram) {
   const auto run = std::get<SRunOptions>(Parse({"--scenario", "walk"}));
   EXPECT_EQ(run.scenario, "walk");
   EXPECT_EQ(run.daemon, "/opt/bin/feedback");
-  EXPECT_EQ(run.hz, 250U);
-  EXPECT_FALSE(run.checkOnly || run.showLog || run.keepRoot);
+  EXPECT_EQ(run.hardware.hz, 250U);
+  EXPECT_FALSE(run.hardware.quickSensor || run.checkOnly || run.showLog || run.keepRoot);
 }
 
 TEST(TheCommandLine, TakesItsOptionsInAnyOrder) {
-  const auto run = std::get<SRunOptions>(
-      Parse({"--log", "--hz", "1000", "--check", "walk", "--daemon", "/d", "--keep"}));
+  const auto run = std::get<SRunOptions>(Parse(
+      {"--log", "--hz", "1000", "--check", "walk", "--daemon", "/d", "--keep", "--quick-sensor"}));
   EXPECT_EQ(run.scenario, "walk");
   EXPECT_EQ(run.daemon, "/d");
-  EXPECT_EQ(run.hz, 1000U);
-  EXPECT_TRUE(run.checkOnly && run.showLog && run.keepRoot);
+  EXPECT_EQ(run.hardware.hz, 1000U);
+  EXPECT_TRUE(run.hardware.quickSensor && run.checkOnly && run.showLog && run.keepRoot);
 }
 
 TEST(TheCommandLine, BecomesAPeerForTheProgramItself) {
@@ -61,7 +61,8 @@ TEST(TheHelp, NamesEveryStepAndEveryOption) {
   EXPECT_TRUE(std::holds_alternative<SHelp>(Parse({"--log", "--help"})));
   const auto help = HelpText();
   for (const auto& kind : StepKinds()) EXPECT_THAT(help, HasSubstr(std::string(kind.syntax)));
-  for (const auto* option : {"--scenario", "--check", "--daemon", "--hz", "--log", "--keep"}) {
+  for (const auto* option :
+       {"--scenario", "--check", "--daemon", "--hz", "--quick-sensor", "--log", "--keep"}) {
     EXPECT_THAT(help, HasSubstr(option));
   }
 }

@@ -72,12 +72,14 @@ TEST(AChildProcess, InheritsNeitherDescriptorsNorBlockedSignals) {
 }
 
 TEST(APeerLink, UnderstandsWhatThePeerTells) {
-  std::vector<std::string> signals;
-  CPeerLink link(Shell("echo serving; echo nonsense; echo subscribers 2; echo signal 111 Green/On;"
-                       "read number rest; echo reply $number got $rest; read end"),
-                 STDERR_FILENO, [&](int identifier, const std::string& text) {
-                   signals.push_back(std::to_string(identifier) + '=' + text);
-                 });
+  std::vector<std::string> events;
+  CPeerLink link(
+      Shell(
+          "echo serving; echo nonsense; echo subscribers 2; echo signal 111 Green/On; echo state 3;"
+          "read number rest; echo reply $number got $rest; read end"),
+      STDERR_FILENO, [&](const std::string& kind, int number, const std::string& text) {
+        events.push_back(kind + ' ' + std::to_string(number) + '=' + text);
+      });
   const auto number = link.Send("connector 5");
   EXPECT_FALSE(link.Outcome(number));
   ASSERT_TRUE(Eventually([&] {
@@ -86,7 +88,7 @@ TEST(APeerLink, UnderstandsWhatThePeerTells) {
   }));
   EXPECT_TRUE(link.IsServing());
   EXPECT_EQ(link.Subscribers(), 2U);
-  EXPECT_THAT(signals, testing::ElementsAre("111=Green/On"));
+  EXPECT_THAT(events, testing::ElementsAre("signal 111=Green/On", "state 3="));
   EXPECT_EQ(link.Outcome(number), "got connector 5");
   EXPECT_FALSE(link.Outcome(number + 1));
 }

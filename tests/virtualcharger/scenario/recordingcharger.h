@@ -11,6 +11,29 @@ class RecordingCharger : public ICharger {
  public:
   std::string mDone;
 
+  void Request(ERequest request, bool accepted) override {
+    Note("{} {}", request == ERequest::Enable ? "enable" : "disable", accepted);
+  }
+  void Trigger(int event, bool accepted) override { Note("event {} {}", event, accepted); }
+  void SetLight(double lux) override { Note("light {}", lux); }
+  void SetStored(const std::string& key, const Json::Value& value) override {
+    Note("set {} {} {}", key, static_cast<int>(value.type()), value.asString());
+  }
+  void SetMeter(bool accepts) override { Note("meter {}", accepts); }
+  void ExpectState(int state, Limit within) override { Note("state {} {}", state, Text(within)); }
+  void ExpectAlive() override { Note("alive"); }
+  void ExpectBrightness(int percent, Limit within) override {
+    Note("brightness {} {}", percent, Text(within));
+  }
+  void ExpectDisplay(int percent, Limit within) override {
+    Note("display {} {}", percent, Text(within));
+  }
+  void ExpectAttribute(const std::string& device, const std::string& attribute,
+                       const std::string& text) override {
+    Note("attribute {} {} {}", device, attribute, text);
+  }
+  std::string ExpectBeep() override { return Note("beep"); }
+  void ExpectNoBeep() override { Note("no beep"); }
   std::string SetConnector(int state) override { return Note("connector {}", state); }
   std::string SetError(int identifier, bool on) override {
     return Note("error {} {}", identifier, on);
@@ -30,10 +53,10 @@ class RecordingCharger : public ICharger {
   void Control(EProcessAction action, const std::string& process) override {
     Note("control {} {}", static_cast<int>(action), process);
   }
-  void SetFault(const std::string& channel, const std::string& attribute,
+  void SetFault(const std::string& device, const std::string& attribute,
                 const SFault& fault) override {
-    Note("fault [{}] [{}] kind {} error {} delay {} writes {}", channel, attribute,
-         static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes);
+    Note("fault [{}] [{}] kind {} error {} delay {} writes {} {}", device, attribute,
+         static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes, fault.text);
   }
   void Heal() override { Note("heal"); }
   void Wait(std::chrono::milliseconds time) override { Note("wait {}", time.count()); }

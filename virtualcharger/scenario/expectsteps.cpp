@@ -1,0 +1,123 @@
+#include "virtualcharger/scenario/expectsteps.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "utils/signalcatalogue.h"
+#include "virtualcharger/scenario/names.h"
+
+namespace {
+
+ICharger::Limit ParseWithin(CArguments& arguments) {
+  const auto limit = arguments.Take("within") ? ICharger::Limit(arguments.Time()) : std::nullopt;
+  arguments.End();
+  return limit;
+}
+
+std::string Capitalised(std::string text) {
+  text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
+  return text;
+}
+
+}  // namespace
+
+StepAction ParseExpectState(CArguments& arguments) {
+  const auto& [names, numbers] = DaemonStates();
+  const int state = numbers[arguments.Choice("a state of the daemon", names)];
+  const auto within = ParseWithin(arguments);
+  return [=](ICharger& charger) {
+    charger.ExpectState(state, within);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectAlive(CArguments& arguments) {
+  arguments.End();
+  return [](ICharger& charger) {
+    charger.ExpectAlive();
+    return std::string();
+  };
+}
+
+StepAction ParseExpectLamp(CArguments& arguments) {
+  SLamp lamp{"", "Off"};
+  if (!arguments.Take("off")) {
+    lamp.colour = Capitalised(LampColours()[arguments.Choice("a colour", LampColours())]);
+    lamp.mode = Capitalised(LampModes()[arguments.Choice("a mode", LampModes())]);
+  }
+  const auto within = ParseWithin(arguments);
+  return [=](ICharger& charger) {
+    charger.ExpectLamp(lamp, within);
+    return std::string();
+  };
+}
+
+template <void (ICharger::*Expect)(int, ICharger::Limit)>
+StepAction ParseExpectPercent(CArguments& arguments) {
+  const int percent = arguments.Number("a percentage", 0, 100);
+  const auto within = ParseWithin(arguments);
+  return [=](ICharger& charger) {
+    (charger.*Expect)(percent, within);
+    return std::string();
+  };
+}
+
+template StepAction ParseExpectPercent<&ICharger::ExpectBrightness>(CArguments& arguments);
+template StepAction ParseExpectPercent<&ICharger::ExpectDisplay>(CArguments& arguments);
+
+StepAction ParseExpectSignal(CArguments& arguments) {
+  std::vector<std::string> names;
+  for (const auto& signal : AllSignals()) names.emplace_back(signal.name);
+  const auto place = arguments.Choice("a signal of the catalogue", names);
+  const int identifier = AllSignals()[place].identifier;
+  const auto text = arguments.Word("the signal's value");
+  const auto within = ParseWithin(arguments);
+  return [=](ICharger& charger) {
+    charger.ExpectSignal(identifier, text, within);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectAttribute(CArguments& arguments) {
+  const auto device = Devices()[arguments.Choice("a device", Devices())];
+  const auto attribute =
+      AttributesOf(device)[arguments.Choice("an attribute", AttributesOf(device))];
+  const auto text = arguments.Word("the text that it holds");
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.ExpectAttribute(device, attribute, text);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectBeep(CArguments& arguments) {
+  arguments.End();
+  return [](ICharger& charger) { return charger.ExpectBeep(); };
+}
+
+StepAction ParseExpectNoBeep(CArguments& arguments) {
+  arguments.End();
+  return [](ICharger& charger) {
+    charger.ExpectNoBeep();
+    return std::string();
+  };
+}
+
+StepAction ParseExpectWritten(CArguments& arguments) {
+  if (arguments.Take("nothing")) {
+    arguments.End();
+    return [](ICharger& charger) {
+      charger.ExpectNoWrite();
+      return std::string();
+    };
+  }
+  const auto channel = Channels()[arguments.Choice("a channel (or \"nothing\")", Channels())];
+  const auto attribute =
+      AttributesOf(channel)[arguments.Choice("an attribute", AttributesOf(channel))];
+  const auto text = arguments.Word("the text that is written");
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.ExpectWrite(channel, attribute, text);
+    return std::string();
+  };
+}
