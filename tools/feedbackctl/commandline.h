@@ -1,0 +1,64 @@
+// The command line of feedbackctl: what a command looks like, and how one is read from arguments.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <ostream>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Exit statuses, also of a command's run.
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kUsage = 2;
+
+// What a command writes to and is ended by.
+struct CTool {
+  std::ostream& out;
+  std::ostream& err;
+  // Waits that long at most; true when the user wants an end. Called before a command that waits
+  // for it starts any thread.
+  std::function<bool(std::chrono::milliseconds)> isInterrupted;
+};
+
+struct CCommand;
+
+// A command with what stood behind it; its number of arguments and its options are right.
+struct CInvocation {
+  const CCommand* command = nullptr;
+  std::vector<std::string> arguments;
+  std::map<std::string, std::string, std::less<>> options;  // "--json"; empty without a value
+
+  bool Has(std::string_view option) const { return options.contains(option); }
+  // The option's value, or the default where it was not given.
+  std::string Option(std::string_view option, std::string_view defaultValue) const;
+
+  // "/" or what --root says, with a slash at its end; and the store in it.
+  std::string Root() const;
+  std::string Store() const { return Root() + "etc/ovra.json"; }
+};
+
+struct CCommand {
+  std::string_view name;
+  std::string_view arguments;             // "KEY VALUE"; in brackets what may be left out
+  std::vector<std::string_view> options;  // besides --root and --help
+  std::string_view summary;
+  std::string (*details)();  // the rest of its help, with examples
+  // Throws CUsageError for arguments that make no sense, another std::exception where it fails.
+  int (*run)(const CInvocation& invocation, const CTool& tool);
+};
+
+class CUsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+std::span<const CCommand> Commands();
+
+// Runs the command that the arguments (without the program's name) ask for, and tells what went
+// wrong and what to do about it. Returns the exit status.
+int RunTool(const std::vector<std::string>& arguments, const CTool& tool);

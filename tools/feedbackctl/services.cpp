@@ -1,0 +1,83 @@
+#include "tools/feedbackctl/services.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <future>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/rpc/communicationconfig.h"
+#include "platform/rpc/communicationexception.h"
+#include "platform/rpc/interfaces/diagnostics.h"
+#include "platform/rpc/interfaces/genericcontrol.h"
+#include "tools/feedbackctl/socketprobe.h"
+#include "utils/signalcatalogue.h"
+
+namespace {
+
+std::string SocketDirectory(const CInvocation& invocation) {
+  if (invocation.Has("--root") && !std::filesystem::exists(invocation.Store())) {
+    throw std::runtime_error(
+        fmt::format("no store {}; give --root as the daemon was given it", invocation.Store()));
+  }
+  return Rpc::ReadCommunicationConfig(invocation.Store()).socketDirectory;
+}
+
+}  // namespace
+
+CServices::CServices(const CInvocation& invocation)
+    : mDirectory(SocketDirectory(invocation)),
+      mHost(invocation.Store()),
+      mNotifications([this] { mHost.HandleClientNotifications(); }) {}
+
+CServices::~CServices() {
+  mHost.Stop();
+  mNotifications.join();
+}
+
+std::string CServices::WhyNoAnswer(const std::string& service) const {
+  return ::WhyNoAnswer(mDirectory + "/" + service);
+}
+
+void CServices::RequireAnswer(const std::string& service) const {
+  const std::string why = WhyNoAnswer(service);
+  if (why.starts_with("no socket") || why.starts_with("nobody")) {
+    throw std::runtime_error(
+        fmt::format("the daemon is not running: {}; start it, or give --root", why));
+  }
+  if (!why.empty()) {
+    throw std::runtime_error(why);
+  }
+}
+
+std::optional<ipc::EState> AwaitState(IGenericControl& control, std::chrono::milliseconds limit) {
+  auto reported = std::make_shared<std::promise<ipc::EState>>();
+  auto state = reported->get_future();
+  control.ConnectReporters(
+      [reported, isFirst = true](const ipc::MState& report) mutable {
+        if (std::exchange(isFirst, false)) {
+          reported->set_value(report.state());
+        }
+      },
+      {});
+  if (state.wait_for(limit) != std::future_status::ready) {
+    return std::nullopt;
+  }
+  return state.get();
+}
+
+std::optional<std::string> LampState(IDiagnostics& diagnostics) {
+  ipc::MDiagnosticsRequest request;
+  request.set_identifier(Signals::LedState.identifier);
+  request.mutable_instance()->set_instance(ipc::EInstanceTypeAll);
+  try {
+    const ipc::MDiagnosticsSignal signal = diagnostics.ReceiveSignal(request);
+    if (signal.data(0).has_string_value()) {
+      return signal.data(0).string_value();
+    }
+  } catch (const Rpc::CommunicationException&) {
+    // It is not there, or has not heard of the lamp yet.
+  }
+  return std::nullopt;
+}

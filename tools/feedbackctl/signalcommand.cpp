@@ -1,0 +1,55 @@
+#include <fmt/format.h>
+#include <json/json.h>
+
+#include <algorithm>
+
+#include "tools/feedbackctl/commands.h"
+#include "tools/feedbackctl/settingtext.h"
+#include "utils/signalcatalogue.h"
+
+namespace {
+
+std::string_view CategoryText(ESignalCategory category) {
+  return category == ESignalCategory::EConnector ? "connector" : "charger";
+}
+
+Json::Value Describe(const CSignalDescription& signal) {
+  Json::Value entry;
+  entry["identifier"] = signal.identifier;
+  entry["name"] = std::string(signal.name);
+  entry["type"] = std::string(signal.typeName);
+  // As a value of its type: the texts of all other types are JSON.
+  entry["default"] =
+      signal.typeName == "text" ? Json::Value(signal.defaultText) : ParseValue(signal.defaultText);
+  entry["unit"] = std::string(signal.unit);
+  entry["category"] = std::string(CategoryText(signal.category));
+  return entry;
+}
+
+}  // namespace
+
+int RunSignals(const CInvocation& invocation, const CTool& tool) {
+  const auto signals = AllSignals();
+  if (invocation.Has("--json")) {
+    const char* separator = "[\n";
+    for (const auto& signal : signals) {
+      tool.out << std::exchange(separator, ",\n") << JsonText(Describe(signal));
+    }
+    tool.out << "\n]\n";
+    return kDone;
+  }
+  const auto width = std::ranges::max(signals, {}, [](const auto& signal) {
+                       return signal.name.size();
+                     }).name.size();
+  const auto line = [&](const auto& identifier, auto name, auto type, auto value, auto unit,
+                        auto category) {
+    tool.out << fmt::format("{:>10}  {:<{}}  {:<14}  {:<8}  {:<5}  {}\n", identifier, name, width,
+                            type, value, unit, category);
+  };
+  line("identifier", "name", "type", "default", "unit", "category");
+  for (const auto& signal : signals) {
+    line(static_cast<int>(signal.identifier), signal.name, signal.typeName, signal.defaultText,
+         signal.unit, CategoryText(signal.category));
+  }
+  return kDone;
+}
