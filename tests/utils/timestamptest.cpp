@@ -19,19 +19,14 @@ ipc::MTimestamp Timestamp(int64_t seconds, uint32_t microseconds) {
   return timestamp;
 }
 
-TEST(ATimestamp, TakesTheMicrosecondsWithTheSignOfTheSeconds) {
+TEST(ATimestamp, ConvertsToAndFromTheSystemClock) {
   EXPECT_EQ(ToSystemClock(Timestamp(5, 42)), TimePoint(5s + 42us));
-  EXPECT_EQ(ToSystemClock(Timestamp(0, 42)), TimePoint(42us));
   EXPECT_EQ(ToSystemClock(Timestamp(-5, 42)), TimePoint(-5s - 42us));
-}
-
-TEST(ATimestamp, KeepsWholeMicrosecondsAndTheSignOfTheRest) {
-  const auto after = ToTimestamp(TimePoint(5s + 42us + 999ns));
-  EXPECT_EQ(after.seconds(), 5);
-  EXPECT_EQ(after.microseconds(), 42U);
-  const auto before = ToTimestamp(TimePoint(-5s - 42us - 999ns));
-  EXPECT_EQ(before.seconds(), -5);
-  EXPECT_EQ(before.microseconds(), static_cast<uint32_t>(-42));
+  for (const int sign : {1, -1}) {
+    const auto timestamp = ToTimestamp(TimePoint(sign * (5s + 42us + 999ns)));
+    EXPECT_EQ(timestamp.seconds(), sign * 5);
+    EXPECT_EQ(timestamp.microseconds(), static_cast<uint32_t>(sign * 42));
+  }
 }
 
 TEST(ATimestamp, ReadsAsLocalTimeWithItsOffset) {
@@ -40,18 +35,9 @@ TEST(ATimestamp, ReadsAsLocalTimeWithItsOffset) {
   std::ostringstream stream;
   stream << Timestamp(1'700'000'000, 42) << " " << Timestamp(-1, 999'999);
   EXPECT_EQ(stream.str(), "2023-11-14T23:13:20.000042+0100 1970-01-01T00:59:59.999999+0100");
+  EXPECT_THROW(stream << Timestamp(std::numeric_limits<int64_t>::max(), 0), fmt::format_error);
   unsetenv("TZ");
   tzset();
-}
-
-TEST(ATimestamp, HasNoTextWithoutALocalTime) {
-  std::ostringstream stream;
-  try {
-    stream << Timestamp(std::numeric_limits<int64_t>::max(), 0);
-    FAIL() << stream.str();
-  } catch (const fmt::format_error& error) {
-    EXPECT_STREQ(error.what(), "time_t value out of range");
-  }
 }
 
 }  // namespace
