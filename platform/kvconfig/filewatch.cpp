@@ -112,7 +112,7 @@ CFileWatch::EResult CFileWatch::Wait(std::optional<std::chrono::milliseconds> li
 
 // True when one of them may concern the file.
 bool CFileWatch::TakeEvents() {
-  alignas(inotify_event) std::array<char, 16 * 1024> buffer;
+  alignas(inotify_event) std::array<char, 16'384> buffer;
   const ssize_t size = read(mInotify.Get(), buffer.data(), buffer.size());
   bool concerned = false;
   for (ssize_t offset = 0; offset < size;) {
