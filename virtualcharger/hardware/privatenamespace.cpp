@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +12,8 @@
 #include <utility>
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr auto kNamespaceRemedy =
     "; run as root, or allow user namespaces to ordinary users (sysctl "
@@ -59,6 +62,31 @@ bool EnterUserNamespace() {
          WriteFile("/proc/self/gid_map", group + ' ' + group + " 1");
 }
 
+// An empty folder or file to mount on.
+std::optional<std::string> MakePlace(const fs::path& path, bool directory) {
+  const int error = directory ? mkdir(path.c_str(), 0755) : mknod(path.c_str(), S_IFREG | 0644, 0);
+  return error == 0 ? std::nullopt : std::optional(Failure("cannot create " + path.string()));
+}
+
+// Everything that is in one folder comes into the other, an empty one.
+std::optional<std::string> BindEntries(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(from, error)) {
+    const auto place = to / entry.path().filename();
+    if (entry.is_symlink(error)) {
+      fs::copy_symlink(entry.path(), place, error);
+      continue;
+    }
+    if (auto failure = MakePlace(place, entry.is_directory(error))) return failure;
+    if (mount(entry.path().c_str(), place.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0 &&
+        errno != ENOENT) {
+      return Failure("cannot bind " + entry.path().string() + " to " + place.string());
+    }
+  }
+  return error ? std::optional(Failure("cannot read " + from.string(), error.value()))
+               : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> EnterPrivateNamespace() {
@@ -82,7 +110,7 @@ CBindings::~CBindings() {
 
 std::optional<std::string> CBindings::Bind(const std::string& root,
                                            const std::vector<SBinding>& bindings) {
-  // An overlay hides what was bound below it before.
+  // A new parent hides what was bound below it before.
   for (const auto& binding : bindings) {
     if (access(binding.target.c_str(), F_OK) == 0) continue;
     if (auto failure = AddToParent(binding)) return failure;
@@ -98,27 +126,22 @@ std::optional<std::string> CBindings::Bind(const std::string& root,
 }
 
 std::optional<std::string> CBindings::AddToParent(const SBinding& binding) {
-  namespace fs = std::filesystem;
   const fs::path target(binding.target);
-  const auto parent = target.parent_path().string();
-  const auto layer = fs::path(kScratchFolder) / ("overlay" + std::to_string(mMounts.size()));
-  const auto upper = layer / "upper";
+  const auto parent = target.parent_path();
+  const auto original = fs::path(kScratchFolder) / "original";
   std::error_code error;
-  fs::create_directories(layer / "work", error);
-  if (!error) fs::create_directories(upper, error);
-  if (!error && binding.directory) fs::create_directory(upper / target.filename(), error);
-  if (error) return Failure("cannot prepare an overlay of " + parent, error.value());
-  if (!binding.directory) {
-    const auto name = (upper / target.filename()).string();
-    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    if (file < 0) return Failure("cannot create " + name);
-    close(file);
+  fs::create_directories(original, error);
+  if (error || mount(parent.c_str(), original.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
+    return Failure("cannot keep " + parent.string() + " in sight", error ? error.value() : errno);
   }
-  const auto options = "lowerdir=" + parent + ",upperdir=" + upper.string() +
-                       ",workdir=" + (layer / "work").string();
-  if (mount("overlay", parent.c_str(), "overlay", 0, options.c_str()) != 0) {
-    return Failure("cannot lay an overlay over " + parent);
+  std::optional<std::string> failure;
+  if (mount("virtual-charger", parent.c_str(), "tmpfs", MS_NOSUID, "mode=0755") == 0) {
+    mMounts.push_back(parent);
+    failure = BindEntries(original, parent);
+    if (!failure) failure = MakePlace(target, binding.directory);
+  } else {
+    failure = Failure("cannot mount a memory file system on " + parent.string());
   }
-  mMounts.push_back(parent);
-  return std::nullopt;
+  umount2(original.c_str(), MNT_DETACH);
+  return failure;
 }

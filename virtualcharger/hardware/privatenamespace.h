@@ -21,9 +21,8 @@ struct SBinding {
   bool directory = true;
 };
 
-// Mounts sources over their targets, and takes the mounts away again. A target that is missing is
-// put into a memory overlay of its parent folder, in which the other entries stay, but not what is
-// mounted inside them; what is written to the parent from inside goes to memory.
+// Mounts sources over their targets, and takes the mounts away again. Where a target is missing, its
+// parent folder is replaced by one in memory that has it, and everything that was there.
 class CBindings {
  public:
   CBindings() = default;
