@@ -293,7 +293,7 @@ const std::vector<SStepKind>& StepKinds() {
        "the frozen process goes on",
        "thaw diagnostics", &ParseControl<EProcessAction::Thaw>},
       {"fault", "fault DEVICE|all ATTRIBUTE|all NAME [TIME|\"TEXT\"] [times N]",
-       "the hardware fails in this way",
+       "the hardware fails: by an error such as EIO, slow, short, garbage, frozen or vanished",
        "fault green pattern EIO times 2", &ParseFault},
       {"heal", "heal",
        "no faults any more",
