@@ -30,10 +30,12 @@ TEST(AFeedbackConfig, ClampsNumbers) {
 TEST(AFeedbackConfig, WarnsOfAModeThatItDoesNotKnow) {
   const LogCapture log;
   const CFeedbackConfig config;
-  EXPECT_EQ(config.ParseBrightnessMode("Auto"), EBrightnessMode::Auto);
-  EXPECT_EQ(config.ParseBrightnessMode("auto"), EBrightnessMode::Auto);
-  EXPECT_EQ(config.ParseBrightnessMode("Fixed"), EBrightnessMode::Fixed);
-  EXPECT_EQ(config.ParseBrightnessMode("fixed"), EBrightnessMode::Fixed);
+  for (const char* text : {"Auto", "auto"}) {
+    EXPECT_EQ(config.ParseBrightnessMode(text), EBrightnessMode::Auto);
+  }
+  for (const char* text : {"Fixed", "fixed"}) {
+    EXPECT_EQ(config.ParseBrightnessMode(text), EBrightnessMode::Fixed);
+  }
   EXPECT_THAT(log.Lines(), testing::IsEmpty());
   for (const std::string text : {"", "AUTO", "FIXED", "auto "}) {
     EXPECT_EQ(config.ParseBrightnessMode(text), EBrightnessMode::Fixed);
