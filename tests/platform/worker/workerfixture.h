@@ -1,7 +1,7 @@
 // A worker on a clock in the test's hand, with its log captured.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <chrono>
 #include <memory>
@@ -21,17 +21,16 @@ class SleepingWorker : public CWorker {
 
 class WorkerFixture : public testing::Test {
  protected:
-  using Milliseconds = std::chrono::milliseconds;
-
   CWorker::Call Record(const std::string& name) {
     return [this, name] { mRuns.push_back(name); };
   }
 
-  Milliseconds Elapsed() const {
-    return std::chrono::duration_cast<Milliseconds>(mClock->Now() - mBegin);
+  void StartAndSync() {
+    mWorker->Start();
+    mWorker->Sync();
   }
 
-  void AdvanceAndSync(Milliseconds duration) {
+  void AdvanceAndSync(std::chrono::nanoseconds duration) {
     mClock->Advance(duration);
     mWorker->Sync();
   }

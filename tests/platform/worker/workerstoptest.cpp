@@ -1,6 +1,4 @@
 // How a worker ends: by whom, in the middle of what, and what becomes of the calls that wait.
-#include <gmock/gmock.h>
-
 #include <atomic>
 #include <future>
 #include <stdexcept>
@@ -29,46 +27,31 @@ class AnEndingWorker : public WorkerFixture {
 
   void Release() { mRelease.set_value(); }
 
-  void WaitUntilAskedToEnd() {
-    while (mWorker->IsRunning()) {
-      std::this_thread::yield();
-    }
-  }
-
   std::promise<void> mBegun;
   std::promise<void> mRelease;
 };
 
-TEST_F(AnEndingWorker, LetsTheRunningCallEndAndDropsTheRest) {
+TEST_F(AnEndingWorker, LetsTheRunningCallEndDropsTheRestAndCanBeStartedAgain) {
   Occupy();
   mWorker->NonBlockingCall(Record("queued"));
   std::thread stopper([this] {
     mWorker->Stop();
     mRuns.push_back("stopped");
   });
-  WaitUntilAskedToEnd();
+  while (mWorker->IsRunning()) {
+    std::this_thread::yield();
+  }
   mWorker->NonBlockingCall(Record("queued late"));
   Release();
   stopper.join();
-  mWorker->Stop();
-  EXPECT_THAT(mRuns, ElementsAre("begun", "ended", "stopped"));
 
-  mWorker->Start();
   mWorker->Sync();
-  EXPECT_EQ(mRuns.size(), 3u);
-}
-
-TEST_F(AnEndingWorker, CanBeStartedAgain) {
-  mWorker->Start();
-  mWorker->Start();
-  mWorker->Stop();
-  EXPECT_FALSE(mWorker->IsRunning());
-  mWorker->Sync();
+  EXPECT_THROW(mWorker->BlockingCall(Record("refused")), std::runtime_error);
   mWorker->NonBlockingCall(Record("queued while stopped"));
   mWorker->Start();
+  StartAndSync();
   EXPECT_TRUE(mWorker->IsRunning());
-  mWorker->BlockingCall(Record("blocking"));
-  EXPECT_THAT(mRuns, ElementsAre("queued while stopped", "blocking"));
+  EXPECT_THAT(mRuns, ElementsAre("begun", "ended", "stopped", "queued while stopped"));
 }
 
 TEST_F(AnEndingWorker, MayBeStoppedByItsOwnCallAndByOthersAtOnce) {
@@ -99,16 +82,6 @@ TEST_F(AnEndingWorker, DoesNotWaitWhenItIsKilled) {
   EXPECT_THAT(mRuns, ElementsAre("begun", "ended"));
 }
 
-TEST_F(AnEndingWorker, RefusesBlockingCallsWhenItDoesNotRun) {
-  EXPECT_THROW(mWorker->BlockingCall(Record("not started")), std::runtime_error);
-  mWorker->Start();
-  mWorker->Stop();
-  EXPECT_THROW(mWorker->BlockingCall(Record("stopped")), std::runtime_error);
-  mWorker->Start();
-  mWorker->Sync();
-  EXPECT_THAT(mRuns, ElementsAre());
-}
-
 // Tells how many calls have been posted to a worker that is busy: each asks for the time once.
 class AskedClock : public ManualClock {
  public:
@@ -121,81 +94,37 @@ class AskedClock : public ManualClock {
 };
 
 TEST_F(AnEndingWorker, FailsTheBlockingCallsThatStillWait) {
-  const struct {
-    const char* mName;
-    bool mByItsOwnCall;
-    void (*mEnd)(CWorker&);
-  } cases[] = {
-      {"stopped", false, [](CWorker& worker) { worker.Stop(); }},
-      {"killed", false, [](CWorker& worker) { worker.EmergencyKill(); }},
-      {"stopped by its own call", true, [](CWorker& worker) { worker.Stop(); }},
-  };
-  for (const auto& ending : cases) {
-    SCOPED_TRACE(ending.mName);
+  for (const auto end : {&CWorker::Stop, &CWorker::EmergencyKill}) {
     const auto clock = std::make_shared<AskedClock>();
     SleepingWorker worker("worker", clock);
     std::promise<void> begun;
-    std::promise<void> release;
     worker.NonBlockingCall([&] {
+      clock->mAsked = 0;
       begun.set_value();
-      release.get_future().wait();
-      if (ending.mByItsOwnCall) {
-        ending.mEnd(worker);
+      while (clock->mAsked < 2) {
+        std::this_thread::yield();
       }
+      (worker.*end)();
     });
     worker.Start();
     begun.get_future().wait();
-    clock->mAsked = 0;
-    std::thread waiting([&] {
-      EXPECT_THROW(worker.BlockingCall([] { ADD_FAILURE() << "ran"; }), std::runtime_error);
-    });
     std::thread syncing([&] { worker.Sync(); });
-    while (clock->mAsked < 2) {
-      std::this_thread::yield();
-    }
-    std::thread outside([&] {
-      if (!ending.mByItsOwnCall) {
-        ending.mEnd(worker);
-      }
-    });
-    while (!ending.mByItsOwnCall && worker.IsRunning()) {
-      std::this_thread::yield();
-    }
-    release.set_value();
-    for (std::thread* thread : {&waiting, &syncing, &outside}) {
-      thread->join();
-    }
+    EXPECT_THROW(worker.BlockingCall([] { ADD_FAILURE() << "ran"; }), std::runtime_error);
+    syncing.join();
   }
 }
 
-TEST_F(AnEndingWorker, CutsASleepShort) {
-  mWorker->NonBlockingCall([this] { mRuns.push_back(mWorker->Sleep(1h) ? "slept" : "cut short"); });
-  mWorker->Start();
-  ASSERT_TRUE(mClock->WaitForWaiter(mBegin + 1h));
-  mWorker->Stop();
-  EXPECT_THAT(mRuns, ElementsAre("cut short"));
-}
-
-TEST_F(AnEndingWorker, DoesNotWaitForATimedCallThatIsFarAway) {
-  mWorker->AddCall(Record("far"), mBegin + 1h, 0ns);
-  mWorker->Start();
-  ASSERT_TRUE(mClock->WaitForWaiter(mBegin + 1h));
-  mWorker.reset();
-  EXPECT_THAT(mRuns, ElementsAre());
-}
-
 TEST_F(AnEndingWorker, MayBeDestroyedByItsOwnCall) {
-  std::promise<void> owned;
   std::promise<void> destroyed;
   CWorker& worker = *mWorker;
-  worker.NonBlockingCall([this, &owned, &destroyed] {
-    owned.get_future().wait();
+  worker.NonBlockingCall([&] {
+    mRelease.get_future().wait();
     mWorker.reset();
     destroyed.set_value();
   });
   worker.NonBlockingCall([] { ADD_FAILURE() << "ran on a worker that is gone"; });
   worker.Start();
-  owned.set_value();
+  Release();
   destroyed.get_future().wait();
 }
 
@@ -205,42 +134,31 @@ TEST_F(AnEndingWorker, ReleasesWhatACallHoldsAsSoonAsItCannotRunAgain) {
   const struct {
     const char* mName;
     std::chrono::nanoseconds mPeriod;
-    std::function<void(CWorker&, CWorkerCall&)> mEnd;
+    bool mRunsFirst;
+    void (*mEnd)(CWorker&, CWorkerCall&);
   } cases[] = {
-      {"run once", 0ns,
-       [](CWorker& worker, CWorkerCall&) {
-         worker.Start();
-         worker.Sync();
-       }},
-      {"cancelled", 1s, [](CWorker&, CWorkerCall& call) { call.Cancel(); }},
-      {"cancelled after a run", 1s,
-       [](CWorker& worker, CWorkerCall& call) {
-         worker.Start();
-         worker.Sync();
-         call.Cancel();
-       }},
-      {"stopped before the start", 1s, [](CWorker& worker, CWorkerCall&) { worker.Stop(); }},
-      {"stopped after a run", 1s,
-       [](CWorker& worker, CWorkerCall&) {
-         worker.Start();
-         worker.Sync();
-         worker.Stop();
-       }},
-      {"killed", 1s, [](CWorker& worker, CWorkerCall&) { worker.EmergencyKill(); }},
+      {"run once", 0ns, true, [](CWorker&, CWorkerCall&) {}},
+      {"cancelled", 1s, false, [](CWorker&, CWorkerCall& call) { call.Cancel(); }},
+      {"cancelled after a run", 1s, true, [](CWorker&, CWorkerCall& call) { call.Cancel(); }},
+      {"stopped before the start", 1s, false, [](CWorker& worker, CWorkerCall&) { worker.Stop(); }},
+      {"stopped after a run", 1s, true, [](CWorker& worker, CWorkerCall&) { worker.Stop(); }},
+      {"killed", 1s, false, [](CWorker& worker, CWorkerCall&) { worker.EmergencyKill(); }},
   };
-  for (const auto& [name, period, end] : cases) {
+  for (const auto& [name, period, runsFirst, end] : cases) {
     SCOPED_TRACE(name);
     std::atomic<bool> released{false};
-    SleepingWorker worker("worker", mClock);
+    mWorker = std::make_unique<SleepingWorker>("worker", mClock);
     WorkerCallHandle handle;
-    std::shared_ptr<void> held(nullptr, [&](void*) {
-      worker.IsRunning();
-      worker.Stop();
+    std::shared_ptr<void> held(nullptr, [&, worker = mWorker.get()](void*) {
+      worker->Stop();
       handle->Cancel();
       released = true;
     });
-    handle = worker.AddCall([held = std::move(held)] {}, mBegin, period);
-    end(worker, *handle);
+    handle = mWorker->AddCall([held = std::move(held)] {}, mBegin, period);
+    if (runsFirst) {
+      StartAndSync();
+    }
+    end(*mWorker, *handle);
     EXPECT_TRUE(released);
   }
 }
