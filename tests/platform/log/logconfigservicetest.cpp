@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <optional>
 
@@ -7,8 +7,6 @@
 #include "tests/support/logcapture.h"
 
 namespace {
-
-using Log::ELogLevel;
 
 ipc::MLogConfig Config(std::optional<int> level, std::optional<bool> console) {
   ipc::MLogConfig config;
@@ -21,58 +19,36 @@ ipc::MLogConfig Config(std::optional<int> level, std::optional<bool> console) {
   return config;
 }
 
-class ALogConfigService : public testing::Test {
- protected:
-  void ExpectReported(int level, bool console) {
-    const auto reported = mService->GetLogConfig();
-    EXPECT_EQ(reported.SerializeAsString(), Config(level, console).SerializeAsString());
-  }
-
+TEST(ALogConfigService, ChangesWhatAnUnderstoodRequestSetsAndNothingElse) {
   // Keeps the changes from the rest of the program.
-  LogCapture mLog{ELogLevel::EInfo};
-  const std::shared_ptr<ILogConfig> mService = Log::CreateLogConfigService();
-};
-
-TEST_F(ALogConfigService, ChangesWhatARequestSetsAndNothingElse) {
-  ExpectReported(ipc::ELogLevelInfo, false);
+  const LogCapture log(Log::ELogLevel::EInfo);
+  const auto service = Log::CreateLogConfigService();
   const struct {
     ipc::MLogConfig mRequest;
+    const char* mRefusal;
     int mLevel;
     bool mConsole;
   } cases[] = {
-      {Config(ipc::ELogLevelDebug, {}), ipc::ELogLevelDebug, false},
-      {Config({}, true), ipc::ELogLevelDebug, true},
-      {Config(ipc::ELogLevelTrace, {}), ipc::ELogLevelTrace, true},
-      {Config(ipc::ELogLevelOff, false), ipc::ELogLevelOff, false},
-      {Config(ipc::ELogLevelError, true), ipc::ELogLevelError, true},
+      {Config({}, {}), "neither level nor console is set", ipc::ELogLevelInfo, false},
+      {Config(7, true), "level: there is no level 7", ipc::ELogLevelInfo, false},
+      {Config(-1, true), "level: there is no level -1", ipc::ELogLevelInfo, false},
+      {Config(ipc::ELogLevelTrace, {}), "", ipc::ELogLevelTrace, false},
+      {Config({}, true), "", ipc::ELogLevelTrace, true},
+      {Config(ipc::ELogLevelOff, false), "", ipc::ELogLevelOff, false},
+      {Config(ipc::ELogLevelError, true), "", ipc::ELogLevelError, true},
   };
-  for (const auto& [request, level, console] : cases) {
-    const auto result = mService->SetLogConfig(request);
-    EXPECT_EQ(result.result(), ipc::EResultOk);
-    EXPECT_EQ(result.text(), "");
-    ExpectReported(level, console);
+  for (const auto& [request, refusal, level, console] : cases) {
+    SCOPED_TRACE(request.ShortDebugString());
+    const auto result = service->SetLogConfig(request);
+    EXPECT_EQ(result.result(), *refusal == '\0' ? ipc::EResultOk : ipc::EResultIllegal);
+    EXPECT_EQ(result.text(), refusal);
+    EXPECT_EQ(service->GetLogConfig().SerializeAsString(),
+              Config(level, console).SerializeAsString());
   }
   LOG(Warning, "dropped");
   LOG(Error, "kept");
-  EXPECT_EQ(mLog.Lines().size(), 1u);
+  EXPECT_EQ(log.Lines().size(), 1u);
   EXPECT_TRUE(Log::mConsoleLoggingEnabled);
-}
-
-TEST_F(ALogConfigService, RefusesWhatItDoesNotUnderstandAndChangesNothing) {
-  const struct {
-    ipc::MLogConfig mRequest;
-    const char* mText;
-  } cases[] = {
-      {Config({}, {}), "neither level nor console is set"},
-      {Config(7, true), "level: there is no level 7"},
-      {Config(-1, true), "level: there is no level -1"},
-  };
-  for (const auto& [request, text] : cases) {
-    const auto result = mService->SetLogConfig(request);
-    EXPECT_EQ(result.result(), ipc::EResultIllegal);
-    EXPECT_EQ(result.text(), text);
-    ExpectReported(ipc::ELogLevelInfo, false);
-  }
 }
 
 }  // namespace
