@@ -39,8 +39,19 @@ class CDoorFixture : public testing::Test {
     mLog.Clear();
   }
 
-  // The trace, without the lines of the event that makes Run return.
-  std::vector<std::string> Trace() const {
+  template <typename Event, typename... Payload>
+  bool Verdict(Payload&&... payload) {
+    auto handled = Post<Event>(std::forward<Payload>(payload)...);
+    RunUntilIdle();
+    return handled.get();
+  }
+
+  // The trace of these events, without the lines of the event that makes Run return.
+  template <typename... Events>
+  std::vector<std::string> TraceOf() {
+    mLog.Clear();
+    (Post<Events>(), ...);
+    RunUntilIdle();
     std::vector<std::string> lines;
     for (const auto& line : mLog.Lines()) {
       EXPECT_EQ(line.mLevel, Log::ELogLevel::ETrace) << line.mText;
