@@ -30,17 +30,19 @@ examples:
 }
 
 std::string EnableDetails() {
-  return R"(Asks as the board controller does, and tells whether the daemon took the request. Only a disabled
-daemon does; how far it got is seen with "feedbackctl watch".
+  return R"(Asks as the board controller does, and tells whether the daemon took the request. One that has just
+started is Uninitialized and refuses: disable it first. One in FatalError takes the request and
+stays as it is; "feedbackctl status" shows it.
 
 example:
-  feedbackctl enable
+  feedbackctl disable && feedbackctl enable
 )";
 }
 
 std::string DisableDetails() {
-  return R"(Asks as the board controller does, and tells whether the daemon took the request. Only an enabled
-daemon does.
+  return R"(Asks as the board controller does, and tells whether the daemon took the request. The first request
+after its start initialises it. One in FatalError takes the request and stays as it is;
+"feedbackctl status" shows it.
 
 example:
   feedbackctl disable

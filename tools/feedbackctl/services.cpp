@@ -47,7 +47,7 @@ void CServices::RequireAnswer(const std::string& service) const {
         fmt::format("the daemon is not running: {}; start it, or give --root", why));
   }
   if (!why.empty()) {
-    throw std::runtime_error(why);
+    throw std::runtime_error("the daemon cannot be used: " + why);
   }
 }
 

@@ -32,13 +32,13 @@ KvConfig::StoreContent ReadGoodStore(const std::string& path) {
 std::string SettingLine(std::string_view key, const Json::Value& value) {
   const auto* setting = FindSetting(kSection, key);
   if (setting == nullptr) {
-    return fmt::format("{:<21} {}  (not a setting of the daemon)\n", key, ShownText(value));
+    return fmt::format("{:<21}  {}  (not a setting of the daemon)\n", key, ShownText(value));
   }
   if (value.isNull()) {
-    return fmt::format("{:<21} {}  (default)\n", key, ShownText(DefaultOf(*setting)));
+    return fmt::format("{:<21}  {}  (default)\n", key, ShownText(DefaultOf(*setting)));
   }
   return fmt::format(
-      "{:<21} {}{}\n", key, ShownText(value),
+      "{:<21}  {}{}\n", key, ShownText(value),
       Fits(*setting, value) ? "" : fmt::format("  (does not fit: expected {})", setting->expected));
 }
 

@@ -37,7 +37,7 @@ class CLines {
       line["value"] = value ? Json::Value(*value) : Json::Value();
       mOut << JsonText(line) << std::endl;
     } else {
-      mOut << fmt::format("{}  {:<5}  {}", Now(), kind, value.value_or("")) << std::endl;
+      mOut << Now() << "  " << kind << (value ? "  " + *value : "") << std::endl;
     }
   }
 

@@ -24,10 +24,10 @@ ipc::MResult Refused(const std::string& text) {
   return result;
 }
 
-// A daemon that is enabled and refuses to be enabled again.
+// A daemon that refuses to be enabled.
 class Control : public IGenericControl {
  public:
-  ipc::MResult Enable() override { return Refused("enabled already"); }
+  ipc::MResult Enable() override { return Refused("not yet"); }
   ipc::MResult Disable() override { return {}; }
   void ReportState(const ipc::MState& state) override { mStateReporter(state); }
   void SendAlive() override { mAliveReporter(); }
@@ -109,13 +109,13 @@ class TheTool : public ToolFixture {
 
 TEST_F(TheTool, ShowsTheStatusOfTheDaemonAndItsPeers) {
   const auto daemon = StartDaemon();
-  ShowLamp("Green, On");
+  ShowLamp("Green/On");
   EXPECT_EQ(Run({"log-level", "debug"}).status, kDone);
   const auto outcome = Run({"status"});
   EXPECT_EQ(outcome.status, kDone);
   EXPECT_THAT(outcome.out, MatchesRegex("state      Enabled\n"
                                         "log level  debug, console off\n"
-                                        "lamp       Green, On\n"
+                                        "lamp       Green/On\n"
                                         "services in [^\n]*:\n"
                                         "  FeedbackGenCtrl  answers\n"
                                         "  FeedbackLog      answers\n"
@@ -133,7 +133,7 @@ TEST_F(TheTool, PassesTheVerdictOn) {
     const char* text;
   } kCases[] = {
       {{"disable"}, kDone, "taken"},
-      {{"enable"}, kFailed, "refused: Illegal: enabled already"},
+      {{"enable"}, kFailed, "refused: Illegal: not yet"},
       {{"trigger", "auth-failure"}, kFailed, "refused: Illegal: event 1 at 0"},
       {{"trigger", "identify", "--instance", "1"}, kFailed, "refused: Illegal: event 3 at 1"},
   };
@@ -172,7 +172,7 @@ TEST_F(TheTool, TellsADaemonThatHangsFromOneThatIsNotThere) {
 
 TEST_F(TheTool, WatchesFromBeforeTheDaemonIsThere) {
   std::unique_ptr<RunningHost> daemon;
-  ShowLamp("Green, On");
+  ShowLamp("Green/On");
   LineSink sink;
   std::ostream out(&sink);
   std::ostringstream err;
@@ -186,7 +186,7 @@ TEST_F(TheTool, WatchesFromBeforeTheDaemonIsThere) {
     mControl->SendAlive();
     const auto seen = sink.Seen();
     if (seen.contains("state Enabled")) mControl->Report(ipc::EStateDisabled);
-    if (seen.contains("lamp Green, On")) ShowLamp("Red, Blink4");
+    if (seen.contains("lamp Green/On")) ShowLamp("Red/Blink4");
     return seen.size() == 5 || std::chrono::steady_clock::now() > limit;
   };
   EXPECT_EQ(
@@ -194,7 +194,7 @@ TEST_F(TheTool, WatchesFromBeforeTheDaemonIsThere) {
       kDone);
   EXPECT_THAT(sink.Seen(),
               testing::UnorderedElementsAre("state Enabled", "state Disabled", "alive ",
-                                            "lamp Green, On", "lamp Red, Blink4"));
+                                            "lamp Green/On", "lamp Red/Blink4"));
   EXPECT_THAT(err.str(), HasSubstr("waiting for the daemon: no socket"));
 }
 

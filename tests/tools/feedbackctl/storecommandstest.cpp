@@ -4,7 +4,6 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 class TheStore : public ToolFixture {};
@@ -57,8 +56,8 @@ TEST_F(TheStore, GivesBackWhatWasSetAndElseTheDefault) {
   EXPECT_EQ(Run({"get", "Mine"}).status, kFailed);
   EXPECT_EQ(Run({"set", "Mine", "some text", "--force"}).status, kDone);
   EXPECT_EQ(Run({"get", "Mine"}).out, "some text\n");
-  EXPECT_THAT(Run({"get"}).out, AllOf(HasSubstr("HmiBuzzerVolume       4  (default)"),
-                                      HasSubstr("Mine                  some text")));
+  EXPECT_THAT(Run({"get"}).out, AllOf(HasSubstr("HmiBuzzerVolume        4  (default)"),
+                                      HasSubstr("Mine                   some text")));
 }
 
 TEST_F(TheStore, IsCheckedToTheLastProblem) {
