@@ -52,8 +52,8 @@ class CWorker {
   CWorker& operator=(const CWorker&) = delete;
 
   // Starts the thread. Calls queued before that run now. A second Start does nothing; one after a
-  // Stop starts again (not from the worker's own thread, and what is posted between a Stop from there
-  // and the thread's end is dropped).
+  // Stop starts again (not from the worker's own thread, and what is posted between a Stop from
+  // there and the thread's end is dropped).
   virtual void Start();
 
   // Lets the running call end, joins the thread and drops what is still queued. From the worker's

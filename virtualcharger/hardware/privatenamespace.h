@@ -21,8 +21,8 @@ struct SBinding {
   bool directory = true;
 };
 
-// Mounts sources over their targets, and takes the mounts away again. Where a target is missing, its
-// parent folder is replaced by one in memory that has it, and everything that was there.
+// Mounts sources over their targets, and takes the mounts away again. Where a target is missing,
+// its parent folder is replaced by one in memory that has it, and everything that was there.
 class CBindings {
  public:
   CBindings() = default;

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -124,33 +123,6 @@ TEST_F(ASysfsAccess, TakesAShortWriteForAFailure) {
   const bool written = mAccess.Write(path, "12345");
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   ExpectFailure(written, path, "only 2 of 5 bytes were taken");
-}
-
-std::atomic<int> sSignalsTaken{0};
-
-TEST_F(ASysfsAccess, GoesOnWhenASignalInterruptsIt) {
-  const std::string path = Path("slow");
-  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  struct sigaction action {};
-  struct sigaction before {};
-  action.sa_handler = [](int) { ++sSignalsTaken; };
-  sigaction(SIGUSR1, &action, &before);
-
-  // The open of a pipe that nobody writes to blocks until a signal comes, or a writer.
-  std::string text;
-  std::thread reader([&] { EXPECT_TRUE(mAccess.Read(path, text)); });
-  for (int sent = 1; sent <= 200; ++sent) {
-    pthread_kill(reader.native_handle(), SIGUSR1);
-    while (sSignalsTaken < sent) {
-      std::this_thread::yield();
-    }
-  }
-  const int writer = open(path.c_str(), O_RDWR | O_CLOEXEC);
-  EXPECT_EQ(write(writer, "42\n", 3), 3);
-  reader.join();
-  close(writer);
-  sigaction(SIGUSR1, &before, nullptr);
-  EXPECT_EQ(text, "42");
 }
 
 TEST_F(ASysfsAccess, WaitsNoLongerThanItsLimitForAccess) {
