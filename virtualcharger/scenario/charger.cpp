@@ -82,8 +82,11 @@ SView CCharger::View() const {
   if (const auto signal = mProcesses.LastSignal(Signals::LedState.identifier)) {
     view.ledState = signal->value;
   }
-  view.beeps = static_cast<unsigned>(std::ranges::count_if(
-      mHardware.Tone().Tones(), [](const STone& tone) { return tone.divisor != 0; }));
+  bool silent = true;
+  for (const auto& tone : mHardware.Tone().Tones()) {
+    if (silent && tone.divisor != 0) ++view.beeps;
+    silent = tone.divisor == 0;
+  }
   return view;
 }
 
