@@ -17,6 +17,8 @@
 namespace KvConfig {
 namespace {
 
+constexpr int kLinkLimit = 40;  // as the kernel's
+
 [[noreturn]] void Fail(const std::string& text, const std::string& path) {
   throw std::runtime_error(path + ": " + text + ": " + Detail::ErrnoText());
 }
@@ -76,6 +78,14 @@ class CReplacement {
   CDescriptor mFile;
 };
 
+// A link stays a link, also one that leads nowhere yet: what it leads to is the store.
+std::filesystem::path BehindLinks(std::filesystem::path path) {
+  for (int links = 0; links < kLinkLimit && std::filesystem::is_symlink(path); ++links) {
+    path = path.parent_path() / std::filesystem::read_symlink(path);
+  }
+  return path;
+}
+
 Json::Value With(Json::Value root, const std::string& path, const std::string& section,
                  const std::string& key, const Json::Value& value) {
   const Json::Value& old = std::as_const(root)[section];
@@ -103,8 +113,7 @@ std::string TextOf(const Json::Value& root) {
 
 void WriteStore(const std::string& path, const std::string& section, const std::string& key,
                 const Json::Value& value) {
-  // A link stays a link: the file that it leads to is replaced.
-  const std::filesystem::path store = std::filesystem::weakly_canonical(path);
+  const std::filesystem::path store = BehindLinks(path);
   const CDescriptor directory(
       open(store.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory || flock(directory.Get(), LOCK_EX) != 0) {

@@ -119,17 +119,18 @@ TEST_F(AWrittenStore, StaysWholeAndAloneWhereTheWriteFails) {
       {"u", 2, "section \"u\" is not an object"},
       {"s", std::string(1024 * 1024, 'x'), "larger than"},
   };
-  for (const auto& [section, value, reason] : cases) {
-    const std::string before = reason == std::string("not a valid store") ? "{" : mBefore;
+  for (const auto& each : cases) {
+    const std::string reason = each.reason;
+    const std::string before = reason == "not a valid store" ? "{" : mBefore;
     mDirectory.WriteFile("etc/ovra.json", before);
     std::optional<AsNobody> nobody;
-    if (reason == std::string("Permission denied")) {
+    if (reason == "Permission denied") {
       Shell("chmod 0 etc");
       nobody.emplace();
-    } else if (reason == std::string("File too large")) {
+    } else if (reason == "File too large") {
       LimitFileSize(16);
     }
-    EXPECT_THAT([&] { KvConfig::Write(section, "a", value); },
+    EXPECT_THAT([&] { KvConfig::Write(each.section, "a", each.value); },
                 ThrowsMessage<std::runtime_error>(HasSubstr(reason)));
     nobody.reset();
     LimitFileSize(RLIM_INFINITY);
