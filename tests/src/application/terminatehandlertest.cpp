@@ -12,7 +12,7 @@
 namespace {
 
 // In the process that dies: what it logged, on the stream that the test reads.
-[[noreturn]] void Die(const std::function<void()>& how) {
+[[noreturn]] void Die(const std::function<void()>& how) noexcept {
   static const LogCapture log;
   std::set_terminate([] {
     try {
@@ -30,13 +30,13 @@ namespace {
 }
 
 TEST(TheTerminateHandlerDeathTest, NamesTypeAndTextOfTheExceptionAndAborts) {
-  EXPECT_DEATH(Die([]() noexcept { throw std::out_of_range("stof"); }),
+  EXPECT_DEATH(Die([] { throw std::out_of_range("stof"); }),
                "5 Uncaught exception of type 'std::out_of_range' with message: 'stof'\n"
                "5 Aborting process.\n");
 }
 
 TEST(TheTerminateHandlerDeathTest, SaysSoWhereThereIsNothingToName) {
-  EXPECT_DEATH(Die([]() noexcept { throw 5; }),
+  EXPECT_DEATH(Die([] { throw 5; }),
                "5 Uncaught exception of unknown type.\n5 Aborting process.\n");
   EXPECT_DEATH(Die([] {}), "^5 Aborting process.\n");
 }
