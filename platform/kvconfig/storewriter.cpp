@@ -27,7 +27,7 @@ constexpr int kLinkLimit = 40;  // as the kernel's
 class CReplacement {
  public:
   explicit CReplacement(const std::filesystem::path& store)
-      : mPath(store.parent_path() / ("." + store.filename().string() + ".XXXXXX")),
+      : mPath(store.parent_path() / fmt::format(".{}.XXXXXX", store.filename().string())),
         mFile(mkostemp(mPath.data(), O_CLOEXEC)) {
     if (!mFile) {
       Fail("cannot create a file beside the store", mPath);
