@@ -71,3 +71,8 @@ const CSignalDescription* FindSignal(ipc::ESignalIdentifier identifier) {
       std::ranges::lower_bound(signals, identifier, {}, &CSignalDescription::identifier);
   return found != signals.end() && found->identifier == identifier ? &*found : nullptr;
 }
+
+std::string SignalName(const CSignalDescription& signal) {
+  constexpr std::string_view kPrefix = "ESignalIdentifier";
+  return ipc::ESignalIdentifier_Name(signal.identifier).substr(kPrefix.size());
+}

@@ -39,3 +39,6 @@ std::span<const CSignalDescription> AllSignals();
 
 // Null for an identifier that is not in the catalogue.
 const CSignalDescription* FindSignal(ipc::ESignalIdentifier identifier);
+
+// The constant's name without its prefix: "LedState".
+std::string SignalName(const CSignalDescription& signal);

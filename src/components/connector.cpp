@@ -7,14 +7,6 @@
 #include "platform/log/log.h"
 #include "utils/traceentry.h"
 
-namespace {
-
-// Floors of the brightness in percent, for what must be seen on a lamp that is set very dark.
-constexpr uint8_t kErrorFloor = 10;
-constexpr uint8_t kFullFloor = 100;
-
-}  // namespace
-
 CConnector::CConnector(std::shared_ptr<CPrefix> prefix, std::shared_ptr<ILedControl> ledControl,
                        std::shared_ptr<ISessionManager> sessionManager,
                        std::shared_ptr<CWorker> worker)
@@ -151,12 +143,12 @@ void CConnector::Show(const CLedState& led) {
 }
 
 EHmiState CConnector::MapConnectorStateToHmiState(int32_t state) const {
-  if (state < 0 || static_cast<size_t>(state) >= kHmiStates.size()) {
+  const auto known = HmiStateOf(state);
+  if (!known) {
     LOG(Warning, "(src/components/connector:206) {}Unexpected connector state received: {}",
         Prefix(), state);
-    return EHmiState::EAvailable;
   }
-  return kHmiStates[static_cast<size_t>(state)];
+  return known.value_or(EHmiState::EAvailable);
 }
 
 std::optional<CLedState> CConnector::MapHmiStateToLedState(EHmiState state) const {
@@ -182,6 +174,5 @@ std::optional<CLedState> CConnector::MapEventToLedState(EConnectorEvent event) c
 
 CLedState CConnector::MapErrorToLedState(int32_t identifier) const {
   TraceEntry<CConnector>("MapErrorToLedState", Prefix());
-  const auto row = std::ranges::find(kErrorModes, identifier, &CErrorMode::identifier);
-  return {ELedColor::ERed, row == kErrorModes.end() ? kOtherErrorMode : row->mode};
+  return LedOfError(identifier);
 }

@@ -10,10 +10,10 @@
 
 #include "platform/rpc/interfaces/sessionmanager.h"
 #include "platform/worker/worker.h"
-#include "src/components/connectortables.h"
 #include "src/components/iconnector.h"
 #include "src/components/iledcontrol.h"
 #include "src/components/prefix.h"
+#include "utils/connectortables.h"
 
 // Precedence: event, oldest error, disabled, state of the connector.
 //

@@ -5,6 +5,7 @@
 
 #include "platform/log/log.h"
 #include "platform/rpc/communicationexception.h"
+#include "utils/connectortables.h"
 #include "utils/controltext.h"
 #include "utils/signaltext.h"
 #include "utils/traceentry.h"
@@ -15,8 +16,6 @@ using namespace std::chrono_literals;
 
 constexpr const char* kSubscriber = "feedbackhsm";
 constexpr auto kBrightnessPeriod = 200ms;
-constexpr auto kAuthDisplayTime = 1000ms;
-constexpr auto kIdentifyDisplayTime = 5000ms;
 
 // Where the store says nothing.
 constexpr int kDefaultIntensityMin = 1;

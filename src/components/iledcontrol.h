@@ -3,24 +3,7 @@
 
 #include <cstdint>
 
-enum class ELedColor : int32_t { ERed = 0, EGreen, EBlue, EYellow, EWhite };
-
-enum class ELedMode : int32_t {
-  EOn = 0,
-  EOff,
-  EPulsating,
-  EFlashing,
-  EBlink1,  // a blink code of one pulse; up to EBlink10 the mode counts the pulses
-  EBlink2,
-  EBlink3,
-  EBlink4,
-  EBlink5,
-  EBlink6,
-  EBlink7,
-  EBlink8,
-  EBlink9,
-  EBlink10,
-};
+#include "utils/ledstate.h"
 
 // Every bool is true on success and false when a channel failed; the failure has been logged.
 // Threads: every operation from any thread; one operation's writes never mix with another's.

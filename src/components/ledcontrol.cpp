@@ -1,7 +1,6 @@
 #include "src/components/ledcontrol.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -14,12 +13,6 @@
 #include "utils/traceentry.h"
 
 namespace {
-
-constexpr std::array<std::string_view, 5> kColorTexts{"Red", "Green", "Blue", "Yellow", "White"};
-
-constexpr std::array<std::string_view, 14> kModeTexts{
-    "On",     "Off",    "Pulsating", "Flashing", "Blink1", "Blink2", "Blink3",
-    "Blink4", "Blink5", "Blink6",    "Blink7",   "Blink8", "Blink9", "Blink10"};
 
 constexpr int kFullScale = 1000;
 
@@ -129,8 +122,8 @@ bool CLedControl::ResetMinimumBrightness() {
 
 bool CLedControl::SetUp(ELedColor color, ELedMode mode, bool force) {
   TraceEntry<CLedControl>("SetMainLed");
-  const std::string_view colorText = kColorTexts.at(static_cast<size_t>(color));
-  const std::string_view modeText = kModeTexts.at(static_cast<size_t>(mode));
+  const std::string_view colorText = kLedColorTexts.at(static_cast<size_t>(color));
+  const std::string_view modeText = kLedModeTexts.at(static_cast<size_t>(mode));
   LOG(Debug, "(../feedback/src/components/ledcontrol:58) LED set to [{} | {}]", colorText,
       modeText);
 
@@ -162,8 +155,7 @@ bool CLedControl::SetUp(ELedColor color, ELedMode mode, bool force) {
     ok = OnEachChannel(color, action->sourceLine, action->show);
   }
   if (!force) {
-    mReports.push_back(
-        {fmt::format("{}/{}", colorText, modeText), std::chrono::system_clock::now()});
+    mReports.push_back({LedStateText({color, mode}), std::chrono::system_clock::now()});
   }
   return ok;
 }

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <chrono>
 #include <iterator>
 #include <optional>
@@ -11,6 +10,7 @@
 
 #include "platform/log/log.h"
 #include "utils/traceentry.h"
+#include "utils/words.h"
 
 namespace {
 
@@ -27,10 +27,7 @@ std::optional<int> ReadLimit(CSysfsAccess& access, const std::string& attribute)
   if (!access.Read(attribute, text)) {
     return std::nullopt;
   }
-  int value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+  return ParseNumber<int>(text);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "platform/ipc/genericcontrol.pb.h"
 #include "platform/ipc/sessionmanager.pb.h"
+#include "utils/settingscatalogue.h"
 #include "utils/signalcatalogue.h"
 #include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/scenario/words.h"
@@ -41,8 +42,7 @@ SNames MakeErrors() {
   SNames names;
   for (const auto& signal : AllSignals()) {
     if (signal.identifier < kFirstError || signal.identifier > kLastError) continue;
-    Add(names, ipc::ESignalIdentifier_Name(signal.identifier), "ESignalIdentifier",
-        signal.identifier);
+    Add(names, SignalName(signal), "", signal.identifier);
   }
   return names;
 }
@@ -124,13 +124,15 @@ const std::vector<std::string>& LampModes() {
 }
 
 const std::vector<std::string>& StoreKeys() {
-  static const std::vector<std::string> keys{
-      "HmiLedIntensityMode", "HmiLedIntensityMin",   "HmiLedIntensityMax", "HmiLedIntensityManual",
-      "HmiBuzzerVolume",     "InstallationComplete", "HwHasLed",           "HwHasMeterDisplay",
-      "HwHasBuzzer"};
+  static const std::vector<std::string> keys = [] {
+    std::vector<std::string> all;
+    for (const auto& setting : kSettings) all.emplace_back(setting.key);
+    return all;
+  }();
   return keys;
 }
 
 std::string StoreSection(const std::string& key) {
-  return key.starts_with("Hw") ? "hwinfo" : "settings";
+  const auto* const setting = std::ranges::find(kSettings, key, &CSettingDescription::key);
+  return std::string(setting == kSettings.end() ? "" : setting->section);
 }

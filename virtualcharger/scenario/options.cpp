@@ -2,8 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
-
+#include "utils/words.h"
 #include "virtualcharger/scenario/steptable.h"
 
 namespace {
@@ -51,10 +50,8 @@ exit status:
 constexpr unsigned kMostHz = 100'000;
 
 std::optional<unsigned> Number(const std::string& text, unsigned least, unsigned most) {
-  unsigned number = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stopped != end || number < least || number > most) return {};
+  const auto number = ParseNumber<unsigned>(text);
+  if (!number || *number < least || *number > most) return {};
   return number;
 }
 

@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "platform/ipc/feedback.pb.h"
+#include "utils/words.h"
 #include "virtualcharger/scenario/expectsteps.h"
 #include "virtualcharger/scenario/names.h"
 
@@ -94,7 +95,7 @@ std::string ParseKey(CArguments& arguments) {
 
 Json::Value ValueOf(const std::string& word) {
   if (word == "true" || word == "false") return word == "true";
-  const auto number = WholeNumber(word);
+  const auto number = ParseNumber<int>(word);
   return number ? Json::Value(*number) : Json::Value(word);
 }
 

@@ -4,39 +4,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <cmath>
-#include <numeric>
 #include <utility>
 
-namespace {
-
-constexpr double kLongestTime = 3600;  // s
-
-// How many letters must be put in, taken out or exchanged to make one word the other.
-std::size_t Distance(std::string_view from, std::string_view to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), 0U);
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    auto diagonal = row[0]++;
-    for (std::size_t j = 0; j < to.size(); ++j) {
-      const auto exchanged = diagonal + (from[i] == to[j] ? 0U : 1U);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({exchanged, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
-
-template <typename Value>
-std::optional<Value> Whole(std::string_view word) {
-  Value value{};
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-  return error == std::errc() && end == word.data() + word.size() ? std::optional(value)
-                                                                  : std::nullopt;
-}
-
-}  // namespace
+#include "utils/words.h"
 
 std::vector<std::string> SplitWords(std::string_view line) {
   std::vector<std::string> words;
@@ -55,18 +25,6 @@ std::vector<std::string> SplitWords(std::string_view line) {
   }
 }
 
-std::string Hint(std::string_view word, const std::vector<std::string>& known) {
-  const auto nearest =
-      std::min_element(known.begin(), known.end(), [&](const auto& left, const auto& right) {
-        return Distance(word, left) < Distance(word, right);
-      });
-  if (nearest == known.end() ||
-      Distance(word, *nearest) > std::max<std::size_t>(2, word.size() / 3)) {
-    return {};
-  }
-  return fmt::format("; did you mean \"{}\"?", *nearest);
-}
-
 std::string DashedName(std::string_view name) {
   std::string dashed;
   for (const char letter : name) {
@@ -75,10 +33,6 @@ std::string DashedName(std::string_view name) {
     dashed += static_cast<char>(std::tolower(byte));
   }
   return dashed;
-}
-
-std::optional<int> WholeNumber(std::string_view word) {
-  return Whole<int>(word);
 }
 
 std::string CArguments::Word(std::string_view expected) {
@@ -99,7 +53,7 @@ std::size_t CArguments::Choice(std::string_view expected, const std::vector<std:
 
 int CArguments::Number(std::string_view expected, int least, int most) {
   const auto word = Word(expected);
-  const auto number = WholeNumber(word);
+  const auto number = ParseNumber<int>(word);
   if (!number || *number < least || *number > most) {
     throw CParseError(fmt::format("\"{}\" is not {} from {} to {}", word, expected, least, most));
   }
@@ -108,23 +62,15 @@ int CArguments::Number(std::string_view expected, int least, int most) {
 
 double CArguments::Decimal(std::string_view expected, double least, double most) {
   const auto word = Word(expected);
-  const auto number = Whole<double>(word);
+  const auto number = ParseNumber<double>(word);
   if (number && *number >= least && *number <= most) return *number;
   throw CParseError(fmt::format("\"{}\" is not {} from {} to {}", word, expected, least, most));
 }
 
 std::chrono::milliseconds CArguments::Time() {
-  constexpr auto expected = "a time such as 100ms or 2s";
-  const auto word = Word(expected);
-  const std::string_view text = word;
-  for (const auto& [unit, seconds] : {std::pair("ms", 0.001), std::pair("s", 1.0)}) {
-    if (!text.ends_with(unit)) continue;
-    const auto number = Whole<double>(text.substr(0, text.size() - std::string_view(unit).size()));
-    if (number && *number >= 0 && *number * seconds <= kLongestTime) {
-      return std::chrono::milliseconds(std::llround(*number * seconds * 1000));
-    }
-  }
-  throw CParseError(fmt::format("\"{}\" is not {} (an hour at most)", word, expected));
+  const auto word = Word(kExpectedTime);
+  if (const auto time = ParseTime(word)) return *time;
+  throw CParseError(fmt::format("\"{}\" is not {} (an hour at most)", word, kExpectedTime));
 }
 
 bool CArguments::Take(std::string_view word) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,14 +17,8 @@ class CParseError : public std::runtime_error {
 // begins a comment. Throws CParseError for a quote without its end.
 std::vector<std::string> SplitWords(std::string_view line);
 
-// "; did you mean "NAME"?" with the known name that is nearest to the word, or nothing.
-std::string Hint(std::string_view word, const std::vector<std::string>& known);
-
 // "SuspendedByCar" becomes "suspended-by-car".
 std::string DashedName(std::string_view name);
-
-// Nothing where the word is something else or does not fit.
-std::optional<int> WholeNumber(std::string_view word);
 
 // The words after a step's own, taken one after the other. Throws CParseError.
 class CArguments {

@@ -25,17 +25,6 @@ TEST(ALine, IsCutIntoWords) {
   EXPECT_THROW(SplitWords(R"(say "no end)"), CParseError);
 }
 
-TEST(AHint, NamesTheNearestWordOnlyIfItIsNear) {
-  const Words known{"connector", "error", "mark", "kill"};
-  const std::vector<std::pair<std::string, std::string>> cases{
-      {"connecter", "connector"}, {"eror", "error"}, {"makr", "mark"},
-      {"fill", "kill"},           {"zzz", ""},       {"temperature", ""}};
-  for (const auto& [word, hint] : cases) {
-    EXPECT_EQ(Hint(word, known), hint.empty() ? "" : "; did you mean \"" + hint + "\"?") << word;
-  }
-  EXPECT_EQ(Hint("word", {}), "");
-}
-
 TEST(AnEnumeratorsName, BecomesWordsWithDashes) {
   EXPECT_EQ(DashedName("SuspendedByCar"), "suspended-by-car");
   EXPECT_EQ(DashedName("UnderVoltageL1"), "under-voltage-l1");

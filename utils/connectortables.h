@@ -1,12 +1,16 @@
-// What the lamp shows: a connector's states, events and errors as tables.
+// What the lamp shows: a connector's states, events and errors as tables. An event goes before the
+// oldest error, that before the disabled lamp, and that before the state of the connector.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 #include "platform/ipc/signalidentifier.pb.h"
-#include "src/components/iledcontrol.h"
+#include "utils/ledstate.h"
 
 // The session manager's states, reduced to what the lamp can tell apart.
 enum class EHmiState : int32_t {
@@ -17,13 +21,6 @@ enum class EHmiState : int32_t {
   EConnected,
   EAuthorized,
   EChanging,
-};
-
-struct CLedState {
-  ELedColor color;
-  ELedMode mode;
-
-  bool operator==(const CLedState&) const = default;
 };
 
 struct CErrorMode {
@@ -61,6 +58,11 @@ inline constexpr std::array<std::optional<CLedState>, 7> kStateLeds{{
     std::nullopt,                                         // changing
 }};
 
+// Floors of the brightness in percent, for what must be seen on a lamp that is set very dark: of
+// errors; of the disabled lamp and of "which charger is this?".
+inline constexpr std::uint8_t kErrorFloor = 10;
+inline constexpr std::uint8_t kFullFloor = 100;
+
 inline constexpr CLedState kDisabledLed{ELedColor::EYellow, ELedMode::EOn};
 
 // By the event.
@@ -69,6 +71,10 @@ inline constexpr std::array<CLedState, 3> kEventLeds{{
     {ELedColor::ERed,   ELedMode::EFlashing},  // authorization refused
     {ELedColor::EWhite, ELedMode::EFlashing},  // "which charger is this?"
 }};
+
+// How long they are shown.
+inline constexpr std::chrono::milliseconds kAuthDisplayTime{1000};
+inline constexpr std::chrono::milliseconds kIdentifyDisplayTime{5000};
 
 // Errors are red. Those with a blink code of their own; every other one has kOtherErrorMode.
 inline constexpr ELedMode kOtherErrorMode = ELedMode::EBlink2;
@@ -89,3 +95,16 @@ inline constexpr std::array<CErrorMode, 13> kErrorModes{{
 }};
 
 // clang-format on
+
+inline CLedState LedOfError(std::int32_t identifier) {
+  const auto* const row = std::ranges::find(kErrorModes, identifier, &CErrorMode::identifier);
+  return {ELedColor::ERed, row == kErrorModes.end() ? kOtherErrorMode : row->mode};
+}
+
+// Empty for a number that is no known state, which shows as available.
+constexpr std::optional<EHmiState> HmiStateOf(std::int32_t connectorState) {
+  if (connectorState < 0 || static_cast<std::size_t>(connectorState) >= kHmiStates.size()) {
+    return std::nullopt;
+  }
+  return kHmiStates[static_cast<std::size_t>(connectorState)];
+}
