@@ -19,18 +19,18 @@ struct CSettingDescription {
   std::string_view meaning;
 };
 
-// What fits a brightness mode; everything else means Fixed.
+// What fits a brightness mode; everything else, the default included, means Fixed and is warned of.
 inline constexpr auto kBrightnessModes =
     std::to_array<std::string_view>({"Fixed", "fixed", "Auto", "auto"});
 
 // clang-format off
 inline constexpr auto kSettings = std::to_array<CSettingDescription>({
-    {"settings", "HmiLedIntensityMode",   ESettingType::EBrightnessMode, 0, 0,   "\"Fixed\"", "Fixed or Auto",            "the manual intensity, or by the light sensor"},
+    {"settings", "HmiLedIntensityMode",   ESettingType::EBrightnessMode, 0, 0,   "\"\"",      "Fixed or Auto",            "Fixed: the manual intensity; Auto: by the light sensor"},
     {"settings", "HmiLedIntensityMin",    ESettingType::EInteger,        0, 100, "1",         "an integer from 0 to 100", "percent in the dark, mode Auto"},
     {"settings", "HmiLedIntensityMax",    ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent in bright light, mode Auto"},
     {"settings", "HmiLedIntensityManual", ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent, mode Fixed"},
     {"settings", "HmiBuzzerVolume",       ESettingType::EInteger,        0, 4,   "4",         "an integer from 0 to 4",   "0 is silent"},
-    {"settings", "InstallationComplete",  ESettingType::EBool,           0, 0,   "true",      "true or false",            "false keeps the connector disabled; read at start"},
+    {"settings", "InstallationComplete",  ESettingType::EBool,           0, 0,   "true",      "true or false",            "false keeps the connector disabled; read at the first disable"},
     {"hwinfo",   "HwHasLed",              ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the lamp; read at start"},
     {"hwinfo",   "HwHasMeterDisplay",     ESettingType::EBool,           0, 0,   "false",     "true or false",            "the meter has a display; read at start"},
     {"hwinfo",   "HwHasBuzzer",           ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the buzzer; read at start"},

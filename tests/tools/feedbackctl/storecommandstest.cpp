@@ -47,11 +47,11 @@ TEST_F(TheStore, TakesOnlyWhatFits) {
 
 TEST_F(TheStore, GivesBackWhatWasSetAndElseTheDefault) {
   WriteStore("{}");
-  EXPECT_EQ(Run({"get", "HmiLedIntensityMode"}).out, "Fixed\n");
+  EXPECT_EQ(Run({"get", "HmiLedIntensityMode"}).out, "\n");
   EXPECT_EQ(Run({"set", "HmiLedIntensityMode", "auto"}).status, kDone);
   EXPECT_EQ(Run({"get", "HmiLedIntensityMode"}).out, "auto\n");
   EXPECT_EQ(Run({"set", "HmiLedIntensityMode", "null"}).status, kDone);
-  EXPECT_EQ(Run({"get", "HmiLedIntensityMode"}).out, "Fixed\n");
+  EXPECT_EQ(Run({"get", "HmiLedIntensityMode"}).out, "\n");
 
   EXPECT_EQ(Run({"get", "Mine"}).status, kFailed);
   EXPECT_EQ(Run({"set", "Mine", "some text", "--force"}).status, kDone);
