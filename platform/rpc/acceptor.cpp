@@ -188,7 +188,7 @@ void CAcceptor::Accept(const CServiceSocket& socket) {
   if (!connection) {
     if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
       const int error = errno;
-      if (MayLogRefusal()) {
+      if (MayLogRefusal(mRefusalLoggedAt)) {
         Write(&ILogger::Warning, "Cannot accept a connection to \"{}\": {}; trying again shortly",
               socket.Name(), std::generic_category().message(error));
       }
@@ -201,7 +201,7 @@ void CAcceptor::Accept(const CServiceSocket& socket) {
   Peer peer;
   if (!IdentifyPeer(connection.Get(), peer) ||
       !IsAllowed(peer, mConfig.allowedUsers, socket.Group())) {
-    if (MayLogRefusal()) {
+    if (MayLogRefusal(mStrangerLoggedAt)) {
       Write(
           &ILogger::Warning,
           "Refused process {} of user {} at \"{}\": only root, user {}, group {} and the users in "
@@ -239,7 +239,7 @@ void CAcceptor::Greet(int descriptor) {
   }
   // A client sends the preface as one write, which a Unix socket delivers whole.
   if (std::string_view(bytes.data(), static_cast<size_t>(size)) != kPreface) {
-    if (MayLogRefusal()) {
+    if (MayLogRefusal(mRefusalLoggedAt)) {
       Write(&ILogger::Warning, "Closed a connection to \"{}\" that does not speak HTTP/2",
             greeted.service);
     }
@@ -248,7 +248,7 @@ void CAcceptor::Greet(int descriptor) {
   {
     const std::lock_guard lock(mServedMutex);
     if (!HasRoom()) {
-      if (MayLogRefusal()) {
+      if (MayLogRefusal(mRefusalLoggedAt)) {
         Write(&ILogger::Warning, "Refused a connection to \"{}\": {} are open already",
               greeted.service, mServed.size());
       }
@@ -272,11 +272,11 @@ bool CAcceptor::HasRoom() {
   return mServed.size() < mLimit;
 }
 
-bool CAcceptor::MayLogRefusal() {
-  if (Clock::now() - mRefusalLoggedAt < kBetweenRefusalLines) {
+bool CAcceptor::MayLogRefusal(Clock::time_point& last) {
+  if (Clock::now() - last < kBetweenRefusalLines) {
     return false;
   }
-  mRefusalLoggedAt = Clock::now();
+  last = Clock::now();
   return true;
 }
 

@@ -73,7 +73,7 @@ class CAcceptor {
   bool HasRoom();
   void RestoreSockets();
   void WatchDirectory();
-  bool MayLogRefusal();
+  bool MayLogRefusal(Clock::time_point& last);
 
   const CommunicationConfig mConfig;
   const size_t mLimit;
@@ -86,8 +86,10 @@ class CAcceptor {
   std::vector<Served> mServed;  // guarded by mServedMutex
   CDescriptor mDirectoryWatch;
   bool mListening = false;
-  Clock::time_point mRetryAt{};          // when to listen again after running out of descriptors
-  Clock::time_point mRefusalLoggedAt{};  // one line a second at most, whatever peers do
+  Clock::time_point mRetryAt{};  // when to listen again after running out of descriptors
+  // Each kind of line once a second at most, whatever peers do.
+  Clock::time_point mStrangerLoggedAt{};
+  Clock::time_point mRefusalLoggedAt{};
 };
 
 }  // namespace Rpc
