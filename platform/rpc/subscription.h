@@ -84,7 +84,7 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
  private:
   static constexpr bool kReplies = !std::is_same_v<Request, ipc::MEmpty>;
   static constexpr auto kPause = std::chrono::milliseconds(50);
-  static constexpr auto kPauseAfterRefusal = std::chrono::milliseconds(1000);
+  static constexpr auto kPauseAfterRefusal = std::chrono::milliseconds(500);
 
   // One stream; lives until gRPC is done with it.
   class CStream final : public grpc::ClientBidiReactor<Request, Notification> {
