@@ -79,9 +79,9 @@ CFeedback::CFeedback(const std::string& root) {
     errors->Handle(error);
   };
   const std::shared_ptr<KvConfig::IConfig> settings(
-      KvConfig::Create("settings", onConfigError, {}));
+      KvConfig::Create(Settings::kSection, onConfigError, {}));
   const std::shared_ptr<KvConfig::IReadOnlyConfig> hardware(
-      KvConfig::CreateReadOnly("hwinfo", onConfigError, true));
+      KvConfig::CreateReadOnly(Settings::kHardwareSection, onConfigError, true));
 
   mActionHandler = std::make_shared<CFeedbackHsmActionHandler>(
       std::vector<std::shared_ptr<ILedControl>>{ledControl},
@@ -146,6 +146,7 @@ void CFeedback::Run() {
 }
 
 void CFeedback::RunStateMachine() const {
+  LOG(Info, "(src/feedback:226) Starting state machine");
   Interrupt::SetHook([this](int signal) {
     if (signal == SIGINT) {
       mMachine->PostEvent(std::make_shared<IntTerminate>());
@@ -153,7 +154,6 @@ void CFeedback::RunStateMachine() const {
       mHost->PrepareStop();
     }
   });
-  LOG(Info, "(src/feedback:226) Starting state machine");
   mMachine->Run();
   Interrupt::RemoveHook();
   LOG(Info, "(src/feedback:230) State machine stopped");
