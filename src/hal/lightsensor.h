@@ -21,9 +21,9 @@ class CLightSensor : public ILightSensor {
                uint32_t minimum, uint32_t maximum, float threshold);
 
   // Reads the attribute times the factor, rounded, and offers it to diagnostics. False when the
-  // attribute cannot be read or its number is no measured value (none at all, infinite, negative or
-  // above 32 bits); the value is then left alone. Throws what std::stof throws for another text,
-  // and Rpc::CommunicationException when diagnostics cannot be told.
+  // attribute cannot be read or its number is no measured value (nan, infinite, negative or above
+  // 32 bits); the value is then left alone. Throws what std::stof throws for a text that is no
+  // number, and Rpc::CommunicationException when diagnostics cannot be told.
   bool Measure(const std::string& attribute, double factor, uint32_t& value);
 
   // 0 to 100, linear between the minimum and the maximum.

@@ -14,8 +14,7 @@ namespace {
 
 // What the callers log has no room for the reason.
 void LogFailure(const char* operation) {
-  LOG(Debug, "(src/hal/tonedevice:18) Cannot {} the tone device: {}", operation,
-      std::generic_category().message(errno));
+  LOG(Debug, "Cannot {} the tone device: {}", operation, std::generic_category().message(errno));
 }
 
 template <typename SystemCall>

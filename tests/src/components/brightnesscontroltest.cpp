@@ -19,6 +19,9 @@ TEST(ABrightnessControl, MovesByTheStepOfItsRangeToWhereTheLightAsksFor) {
       // A narrower range takes hold at once, a wider one step by step.
       {{{100, 90}, {40, 1}}, {100, 0}, {40, 39}},
       {{{100, 90}, {100, 1}}, {0, 0}, {89, 88}},
+      // The settings may ask for no width, or for a minimum above the maximum.
+      {{{50, 50}}, {0, 100}, {50, 50}},
+      {{{20, 80}}, {100, 0, 50}, {20, 20, 20}},
   };
   const LogCapture log(Log::ELogLevel::EDebug);
   for (const auto& [ranges, light, brightness] : rows) {
@@ -32,10 +35,13 @@ TEST(ABrightnessControl, MovesByTheStepOfItsRangeToWhereTheLightAsksFor) {
     }
     EXPECT_EQ(seen, brightness) << testing::PrintToString(ranges);
   }
-  EXPECT_EQ(log.Lines()[0].mText, "(src/components/brightnesscontrol:50) Target brightness: 80");
-  EXPECT_EQ(log.Lines()[1].mText,
-            "(src/components/brightnesscontrol:58) Brightness setpoint: 1, lower: 0, upper: 1, "
-            "mPrevious: 1");
+  const LogCapture::Line first[] = {
+      {Log::ELogLevel::EDebug, "(src/components/brightnesscontrol:50) Target brightness: 80"},
+      {Log::ELogLevel::EDebug,
+       "(src/components/brightnesscontrol:58) Brightness setpoint: 1, lower: 0, upper: 1, "
+       "mPrevious: 1"}};
+  EXPECT_EQ(log.Lines()[0], first[0]);
+  EXPECT_EQ(log.Lines()[1], first[1]);
 }
 
 }  // namespace

@@ -108,29 +108,32 @@ TEST_F(ALed, WritesEachPatternAsTheTriggerReadsIt) {
   const struct {
     std::function<bool(CLed&)> show;
     std::string pattern;
+    std::string position;
   } rows[] = {
       {[](CLed& led) {
          return led.SetSmoothPattern({{1000, 2500}, {0, 2500}});
        },
-       "1000 2500 0 2500 "},
+       "1000 2500 0 2500 ", "96"},
       {[](CLed& led) {
          return led.SetInstantPattern({{1000, 167}, {0, 167}});
        },
-       "1000 167 1000 0 0 167 0 0 "},
+       "1000 167 1000 0 0 167 0 0 ", "114"},
       {[](CLed& led) {
          return led.SetInstantPattern({{65535, 65535}});
        },
-       "65535 65535 65535 0 "},
-      {[](CLed& led) { return led.SetSmoothPattern({}); }, ""},
-      {[](CLed& led) { return led.SetInstantPattern({}); }, ""},
+       "65535 65535 65535 0 ", "114"},
+      {[](CLed& led) { return led.SetSmoothPattern({}); }, "", "96"},
+      {[](CLed& led) { return led.SetInstantPattern({}); }, "", "114"},
   };
   Log::SetLogLevel(ELogLevel::EDebug);
-  for (const auto& [show, pattern] : rows) {
+  for (const auto& [show, pattern, position] : rows) {
     mLog.Clear();
     EXPECT_TRUE(show(mLed));
     EXPECT_THAT(mHistory->Take(), ElementsAre("red pattern=" + pattern));
     EXPECT_EQ(mLog.Lines().size(), 1u);
-    EXPECT_EQ(mLog.Count(ELogLevel::EDebug, ") Pattern: " + pattern), 1u);
+    EXPECT_EQ(mLog.Lines()[0],
+              (LogCapture::Line{ELogLevel::EDebug,
+                                "(../feedback/src/hal/led:" + position + ") Pattern: " + pattern}));
 
     mSysfs->Fail(EOperation::EWrite, "pattern");
     EXPECT_FALSE(show(mLed));
