@@ -91,10 +91,14 @@ SView CCharger::View() const {
 }
 
 void CCharger::Request(ERequest request, bool accepted) {
-  const auto reports = mProcesses.StateReports();
+  const auto& reports = mProcesses.StateReports();
+  const auto before = reports.size();
   Ask(request == ERequest::Enable ? "enable" : "disable", accepted);
-  if (accepted && !mProcesses.Await([&] { return mProcesses.StateReports() > reports; }, kLimit)) {
-    throw CStepFailure("expected: the daemon reports the state that follows\nseen:     no report");
+  const auto* const expected = "the daemon reports the state that follows";
+  const auto seen = [] { return std::string("no report"); };
+  if (accepted && !Await(
+                      expected, seen, [&] { return reports.size() > before; }, kLimit)) {
+    Fail(expected, seen());
   }
 }
 
@@ -128,6 +132,9 @@ void CCharger::SetMeter(bool accepts) {
 void CCharger::Mark() {
   mMark = mHardware.LampWrites().End();
   mToneMark = mHardware.Tone().Tones().size();
+  mReportMark = mProcesses.StateReports().size();
+  mProcesses.DaemonLog().Read(false);
+  mProcesses.DaemonLog().ForgetAll();
 }
 
 void CCharger::Control(EProcessAction action, const std::string& process) {
@@ -152,6 +159,11 @@ void CCharger::Wait(std::chrono::milliseconds time) {
 }
 
 void CCharger::Watch() {
+  LookAtLamp();
+  if (mWatcher) mWatcher();
+}
+
+void CCharger::LookAtLamp() {
   const auto watch = [](SSeen& last, std::string words) {
     if (words != last.words) last = {std::move(words), std::chrono::steady_clock::now()};
   };
@@ -159,8 +171,12 @@ void CCharger::Watch() {
   watch(mBrightness, BrightnessWords(mHardware.Light()));
 }
 
+std::optional<CCharger::SWaiting> CCharger::Waiting() const {
+  return mAwaited ? std::optional(SWaiting{mAwaited->words, mAwaited->seen()}) : std::nullopt;
+}
+
 void CCharger::BeginChange() {
-  Watch();
+  LookAtLamp();
   mChangeBegin = std::chrono::steady_clock::now();
 }
 
@@ -192,8 +208,7 @@ void CCharger::Ask(const std::string& question, bool accepted) {
   BeginChange();
   const auto outcome = mProcesses.Tell(kBoardController, question);
   if (outcome == kOutcomeOk ? accepted : !accepted && outcome.starts_with(kOutcomeRefused)) return;
-  throw CStepFailure(fmt::format("expected: {}\nseen:     {}", accepted ? "accepted" : "rejected",
-                                 outcome == kOutcomeOk ? "accepted" : outcome));
+  Fail(accepted ? "accepted" : "rejected", outcome == kOutcomeOk ? "accepted" : outcome);
 }
 
 std::string LampWords(const SLamp& lamp) {

@@ -36,6 +36,12 @@ class CCannotRun : public std::runtime_error {
 // Threads: one.
 class CCharger : public ICharger {
  public:
+  // What a step is waiting for now, for people.
+  struct SWaiting {
+    std::string awaited;
+    std::string seen;  // at this moment
+  };
+
   CCharger(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware,
            CInterrupt& interrupt);
 
@@ -47,6 +53,11 @@ class CCharger : public ICharger {
 
   SView View() const;
   CPrivateRoot& Root() { return mProcesses.Root(); }
+
+  // Nothing while no expectation waits. May be asked by the watcher.
+  std::optional<SWaiting> Waiting() const;
+  // Called every few ms while a step waits for anything.
+  void SetWatcher(std::function<void()> watcher) { mWatcher = std::move(watcher); }
 
   void Request(ERequest request, bool accepted) override;
   void Trigger(int event, bool accepted) override;
@@ -63,7 +74,12 @@ class CCharger : public ICharger {
   void ExpectSignal(int identifier, const std::string& text, Limit within) override;
   void ExpectAttribute(const std::string& device, const std::string& attribute,
                        const std::string& text) override;
-  std::string ExpectBeep() override;
+  void ExpectReport(int state) override;
+  void ExpectNoReport() override;
+  void ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
+                 Limit within) override;
+  void ExpectNoLog(Log::ELogLevel level, const std::string& text) override;
+  std::string ExpectBeep(const SBeepBounds& bounds) override;
   void ExpectNoBeep() override;
   void ExpectWrite(const std::string& channel, const std::string& attribute,
                    const std::string& text) override;
@@ -87,9 +103,29 @@ class CCharger : public ICharger {
     TimePoint since;
   };
 
+  struct SAwaited {
+    std::string words;
+    std::function<std::string()> seen;
+  };
+
+  // The moment up to which something is in time, and what failures say of it.
+  struct SLimit {
+    TimePoint latest;
+    std::string words;  // empty where nobody asked for it
+
+    std::chrono::milliseconds Rest() const;
+  };
+
   void Watch();
+  void LookAtLamp();
   void BeginChange();
   void Expect(const std::string& expected, Limit within, const std::function<SSeen()>& look);
+  // As of the processes, and tells meanwhile what is awaited and what is seen.
+  bool Await(const std::string& awaited, const std::function<std::string()>& seen,
+             const std::function<bool()>& condition, std::chrono::milliseconds limit);
+  SLimit LimitOf(Limit within) const;
+  [[noreturn]] static void Fail(const std::string& expected, const std::string& seen);
+  std::string ReportWords(const SLast<int>& report) const;
   void Settle();
   void CheckSilence() const;
   std::string Tell(const std::string& peer, const std::string& command);
@@ -100,6 +136,9 @@ class CCharger : public ICharger {
   CChargerHardware mHardware;
   CWriteHistory::Mark mMark = 0;
   std::size_t mToneMark = 0;
+  std::size_t mReportMark = 0;
+  std::optional<SAwaited> mAwaited;
+  std::function<void()> mWatcher;
   // As watched last.
   SSeen mLamp{"", mBegin};
   SSeen mBrightness{"", mBegin};

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "utils/signalcatalogue.h"
+#include "virtualcharger/scenario/daemonlog.h"
 #include "virtualcharger/scenario/names.h"
 
 namespace {
@@ -14,6 +15,15 @@ ICharger::Limit ParseWithin(CArguments& arguments) {
   return limit;
 }
 
+int ParseState(CArguments& arguments) {
+  const auto& [names, numbers] = DaemonStates();
+  return numbers[arguments.Choice("a state of the daemon", names)];
+}
+
+Log::ELogLevel ParseLevel(CArguments& arguments, std::string_view expected) {
+  return static_cast<Log::ELogLevel>(arguments.Choice(expected, LogLevels()));
+}
+
 std::string Capitalised(std::string text) {
   text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
   return text;
@@ -22,8 +32,7 @@ std::string Capitalised(std::string text) {
 }  // namespace
 
 StepAction ParseExpectState(CArguments& arguments) {
-  const auto& [names, numbers] = DaemonStates();
-  const int state = numbers[arguments.Choice("a state of the daemon", names)];
+  const int state = ParseState(arguments);
   const auto within = ParseWithin(arguments);
   return [=](ICharger& charger) {
     charger.ExpectState(state, within);
@@ -90,9 +99,56 @@ StepAction ParseExpectAttribute(CArguments& arguments) {
   };
 }
 
-StepAction ParseExpectBeep(CArguments& arguments) {
+StepAction ParseExpectReport(CArguments& arguments) {
+  const int state = ParseState(arguments);
   arguments.End();
-  return [](ICharger& charger) { return charger.ExpectBeep(); };
+  return [=](ICharger& charger) {
+    charger.ExpectReport(state);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectNoReport(CArguments& arguments) {
+  arguments.End();
+  return [](ICharger& charger) {
+    charger.ExpectNoReport();
+    return std::string();
+  };
+}
+
+StepAction ParseExpectLog(CArguments& arguments) {
+  std::optional<Log::ELogLevel> level;
+  if (!arguments.Take("any")) level = ParseLevel(arguments, "a level (or \"any\")");
+  const auto text = arguments.Word("the text that the line contains");
+  const auto within = ParseWithin(arguments);
+  return [=](ICharger& charger) {
+    charger.ExpectLog(level, text, within);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectNoLog(CArguments& arguments) {
+  const auto level = ParseLevel(arguments, "a level");
+  const auto text = arguments.Peek().empty() ? "" : arguments.Word("");
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.ExpectNoLog(level, text);
+    return std::string();
+  };
+}
+
+StepAction ParseExpectBeep(CArguments& arguments) {
+  SBeepBounds bounds;
+  if (!arguments.Peek().empty() && arguments.Peek() != "for") {
+    bounds.hz = arguments.Number("a pitch in Hz", 20, 20'000);
+  }
+  if (arguments.Take("for")) {
+    const auto shortest = arguments.Time();
+    arguments.Choice("\"to\"", {"to"});
+    bounds.length = {shortest, arguments.Time()};
+  }
+  arguments.End();
+  return [=](ICharger& charger) { return charger.ExpectBeep(bounds); };
 }
 
 StepAction ParseExpectNoBeep(CArguments& arguments) {

@@ -11,6 +11,10 @@ template <void (ICharger::*Expect)(int percent, ICharger::Limit within)>
 StepAction ParseExpectPercent(CArguments& arguments);
 StepAction ParseExpectSignal(CArguments& arguments);
 StepAction ParseExpectAttribute(CArguments& arguments);
+StepAction ParseExpectReport(CArguments& arguments);
+StepAction ParseExpectNoReport(CArguments& arguments);
+StepAction ParseExpectLog(CArguments& arguments);
+StepAction ParseExpectNoLog(CArguments& arguments);
 StepAction ParseExpectBeep(CArguments& arguments);
 StepAction ParseExpectNoBeep(CArguments& arguments);
 StepAction ParseExpectWritten(CArguments& arguments);

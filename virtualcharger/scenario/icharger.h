@@ -7,7 +7,9 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
+#include "platform/log/log.h"
 #include "virtualcharger/hardware/faults.h"
 #include "virtualcharger/hardware/lamp.h"
 
@@ -21,6 +23,12 @@ enum class EProcessAction { Kill, Stop, Start, Freeze, Thaw };
 
 // What the board controller asks of the daemon.
 enum class ERequest { Disable, Enable };
+
+// What a beep must be like; any will do where nothing is said.
+struct SBeepBounds {
+  std::optional<int> hz;
+  std::optional<std::pair<std::chrono::milliseconds, std::chrono::milliseconds>> length;
+};
 
 // Every operation throws CStepFailure.
 class ICharger {
@@ -58,10 +66,19 @@ class ICharger {
                                const std::string& text) = 0;
 
   // The next beep behind the mark; the mark moves behind it. Returns how it sounded.
-  virtual std::string ExpectBeep() = 0;
+  virtual std::string ExpectBeep(const SBeepBounds& bounds) = 0;
   // That there is none.
   virtual void ExpectNoBeep() = 0;
-  // The same for the next write to the lamp.
+  // The same for the next state that the daemon reports.
+  virtual void ExpectReport(int state) = 0;
+  virtual void ExpectNoReport() = 0;
+  // A line of the daemon's log behind the mark that contains the text, at this level where one is
+  // given; it is not looked at again.
+  virtual void ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
+                         Limit within) = 0;
+  // No other one that contains the text, at this level or a more serious one.
+  virtual void ExpectNoLog(Log::ELogLevel level, const std::string& text) = 0;
+  // As for beeps, for the next write to the lamp.
   virtual void ExpectWrite(const std::string& channel, const std::string& attribute,
                            const std::string& text) = 0;
   virtual void ExpectNoWrite() = 0;

@@ -8,11 +8,9 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <iostream>
 #include <sstream>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "platform/ipc/sessionmanager.pb.h"
 
@@ -227,7 +225,7 @@ void CProcesses::TakeEvent(const std::string& kind, int number, const std::strin
     mSignals[number] = {text, std::chrono::steady_clock::now()};
   } else if (kind == "state") {
     Take(mState, number);
-    ++mStateReports;
+    mStateReports.push_back({number, std::chrono::steady_clock::now()});
   } else if (kind == "alive") {
     ++mAliveMessages;
   } else if (kind == "display") {
@@ -274,7 +272,7 @@ void CProcesses::Look() {
   for (const auto& [name, link] : mPeers) {
     if (link) link->Read();
   }
-  if (mSettings.showLog) ShowLog();
+  mLog.Read(mSettings.showLog);
   mWatch();
 }
 
@@ -289,13 +287,5 @@ void CProcesses::CheckProcesses() {
     const auto end = DescribeEnd(*link->Process().Ended());
     link.reset();
     throw CStepFailure(fmt::format("{} has ended by itself: {}", name, end));
-  }
-}
-
-void CProcesses::ShowLog() {
-  if (!mLog.is_open()) mLog.open(mRoot.Log("feedback"));
-  mLog.clear();
-  for (std::string part; std::getline(mLog, part);) {
-    std::cout << part << (mLog.eof() ? "" : "\n") << std::flush;
   }
 }

@@ -2,13 +2,14 @@
 #pragma once
 
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "virtualcharger/scenario/daemonlog.h"
 #include "virtualcharger/scenario/icharger.h"
 #include "virtualcharger/scenario/interrupt.h"
 #include "virtualcharger/scenario/peerlink.h"
@@ -62,10 +63,12 @@ class CProcesses {
   const std::optional<SLast<int>>& LastState() const { return mState; }
   // In percent; nothing before the meter that runs was told one.
   const std::optional<SLast<int>>& Display() const { return mDisplay; }
-  // How many messages of their kind have come up to now.
-  unsigned StateReports() const { return mStateReports; }
+  // All that came up to now, a repeated state too; what a new board controller hears first as well.
+  const std::vector<SLast<int>>& StateReports() const { return mStateReports; }
+  // How many messages have come up to now.
   unsigned AliveMessages() const { return mAliveMessages; }
   CPrivateRoot& Root() { return mRoot; }
+  CDaemonLog& DaemonLog() { return mLog; }
 
  private:
   CChildProcess* Find(const std::string& name);
@@ -81,7 +84,6 @@ class CProcesses {
   void TakeEvent(const std::string& kind, int number, const std::string& text);
   void Look();
   void CheckProcesses();
-  void ShowLog();
 
   const SSettings mSettings;
   CInterrupt& mInterrupt;
@@ -92,8 +94,8 @@ class CProcesses {
   std::map<int, SLast<std::string>> mSignals;
   std::optional<SLast<int>> mState;
   std::optional<SLast<int>> mDisplay;
-  unsigned mStateReports = 0;
+  std::vector<SLast<int>> mStateReports;
   unsigned mAliveMessages = 0;
   int mConnectorState;  // what the session manager told last, and remembers
-  std::ifstream mLog;
+  CDaemonLog mLog{mRoot.Log("feedback")};
 };

@@ -7,6 +7,8 @@
 
 #include "virtualcharger/scenario/charger.h"
 
+using namespace std::chrono_literals;
+
 class RecordingCharger : public ICharger {
  public:
   std::string mDone;
@@ -32,7 +34,20 @@ class RecordingCharger : public ICharger {
                        const std::string& text) override {
     Note("attribute {} {} {}", device, attribute, text);
   }
-  std::string ExpectBeep() override { return Note("beep"); }
+  void ExpectReport(int state) override { Note("report {}", state); }
+  void ExpectNoReport() override { Note("no report"); }
+  void ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
+                 Limit within) override {
+    Note("log {} {} {}", level ? static_cast<int>(*level) : -1, text, Text(within));
+  }
+  void ExpectNoLog(Log::ELogLevel level, const std::string& text) override {
+    Note("no log {} [{}]", static_cast<int>(level), text);
+  }
+  std::string ExpectBeep(const SBeepBounds& bounds) override {
+    const auto length = bounds.length.value_or(std::pair(-1ms, -1ms));
+    return Note("beep {} {} {}", bounds.hz.value_or(-1), length.first.count(),
+                length.second.count());
+  }
   void ExpectNoBeep() override { Note("no beep"); }
   std::string SetConnector(int state) override { return Note("connector {}", state); }
   std::string SetError(int identifier, bool on) override {

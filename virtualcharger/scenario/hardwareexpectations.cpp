@@ -1,0 +1,120 @@
+// What came from the daemon to the hardware since the mark, one after the other.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+
+#include "virtualcharger/scenario/charger.h"
+#include "virtualcharger/scenario/names.h"
+
+namespace {
+
+constexpr double kToneClock = 1'193'180;  // Hz
+
+std::string Describe(const SWrite& write) {
+  const auto device = std::ranges::find(kStatusLightDevices, write.device);
+  const auto channel = static_cast<std::size_t>(device - kStatusLightDevices.begin());
+  auto text = fmt::format("{} {} \"{}\"", Channels()[channel], write.attribute, write.text);
+  if (write.error != 0) {
+    text += fmt::format(", refused: {}", std::generic_category().message(write.error));
+  }
+  return text;
+}
+
+struct SBeep {
+  STone on;
+  STone off;
+  std::size_t next;  // the place behind it
+
+  long Hz() const { return std::lround(kToneClock / on.divisor); }
+  std::chrono::milliseconds Length() const {
+    return std::chrono::round<std::chrono::milliseconds>(off.time - on.time);
+  }
+};
+
+// The first whole one from the mark on.
+std::optional<SBeep> FindBeep(const std::vector<STone>& tones, std::size_t mark) {
+  const auto sounds = [](const STone& tone) { return tone.divisor != 0; };
+  const auto on =
+      std::find_if(tones.begin() + static_cast<std::ptrdiff_t>(mark), tones.end(), sounds);
+  const auto off = std::find_if_not(on, tones.end(), sounds);
+  if (off == tones.end()) return std::nullopt;
+  return SBeep{*on, *off, static_cast<std::size_t>(off - tones.begin()) + 1};
+}
+
+std::string Describe(const SBeep& beep) {
+  return fmt::format("{} Hz for {} ms", beep.Hz(), beep.Length().count());
+}
+
+std::string Describe(const SBeepBounds& bounds) {
+  std::string text = "a beep";
+  if (bounds.hz) text += fmt::format(" of {} Hz", *bounds.hz);
+  if (bounds.length) {
+    text += fmt::format(" for {} ms to {} ms", bounds.length->first.count(),
+                        bounds.length->second.count());
+  }
+  return text;
+}
+
+bool IsWithin(const SBeepBounds& bounds, const SBeep& beep) {
+  if (bounds.hz && beep.Hz() != *bounds.hz) return false;
+  return !bounds.length ||
+         (beep.Length() >= bounds.length->first && beep.Length() <= bounds.length->second);
+}
+
+}  // namespace
+
+std::string CCharger::ExpectBeep(const SBeepBounds& bounds) {
+  const auto find = [this] { return FindBeep(mHardware.Tone().Tones(), mToneMark); };
+  const auto expected = Describe(bounds);
+  const auto seen = [&]() -> std::string {
+    const auto tones = mHardware.Tone().Tones();
+    if (tones.empty() || tones.back().divisor == 0) return "no tone";
+    return "a tone that does not end, since " + When(tones.back().time);
+  };
+  if (!Await(
+          expected, seen, [&] { return find().has_value(); }, kLimit))
+    Fail(expected, seen());
+  const auto beep = *find();
+  if (!IsWithin(bounds, beep)) Fail(expected, Describe(beep) + ", since " + When(beep.on.time));
+  mToneMark = beep.next;
+  return Describe(beep);
+}
+
+void CCharger::ExpectNoBeep() {
+  Settle();
+  const auto tones = mHardware.Tone().Tones();
+  for (auto index = mToneMark; index < tones.size(); ++index) {
+    if (tones[index].divisor != 0) Fail("no beep", "a tone at " + When(tones[index].time));
+  }
+}
+
+void CCharger::ExpectWrite(const std::string& channel, const std::string& attribute,
+                           const std::string& text) {
+  const auto& history = mHardware.LampWrites();
+  const auto expected = fmt::format("{} {} \"{}\"", channel, attribute, text);
+  const auto seen = [&]() -> std::string {
+    const auto writes = history.Since(mMark);
+    return writes.empty() ? "no further write"
+                          : fmt::format("{} at {}", Describe(writes[0]), When(writes[0].time));
+  };
+  const bool came = Await(
+      expected, seen, [&] { return history.End() > mMark; }, kLimit);
+  if (!came || Describe(history.Since(mMark).front()) != expected) Fail(expected, seen());
+  ++mMark;
+}
+
+void CCharger::ExpectNoWrite() {
+  constexpr auto expected = "nothing written";
+  for (const auto& [peer, command] : mUnanswered) {
+    Fail(expected, fmt::format("no reply to \"{}\" of {}, so that it may still be on its way",
+                               command, peer));
+  }
+  Settle();
+  const auto writes = mHardware.LampWrites().Since(mMark);
+  if (writes.empty()) return;
+  Fail(expected,
+       fmt::format("{} at {}{}", Describe(writes.front()), When(writes.front().time),
+                   writes.size() > 1 ? fmt::format(", and {} more", writes.size() - 1) : ""));
+}

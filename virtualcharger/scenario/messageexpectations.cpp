@@ -1,0 +1,86 @@
+// What the daemon told since the mark: its state, one report after the other, and its log.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "virtualcharger/scenario/charger.h"
+#include "virtualcharger/scenario/names.h"
+
+namespace {
+
+bool Contains(const SLogLine& line, std::string_view text) {
+  return line.text.find(text) != std::string::npos;
+}
+
+// What the daemon says of the event that settling has it take.
+bool IsOfSettling(const SLogLine& line) {
+  return Contains(line, "Feedback event triggered: Unknown[") ||
+         Contains(line, "Unknown feedback event type received");
+}
+
+std::string Describe(const SLogLine& line) {
+  return fmt::format("{} \"{}\"", LogLevelName(line.level), line.text);
+}
+
+}  // namespace
+
+void CCharger::ExpectReport(int state) {
+  const auto& reports = mProcesses.StateReports();
+  const auto expected = "the report " + DaemonStateName(state);
+  const auto seen = [&] {
+    return reports.size() > mReportMark ? ReportWords(reports[mReportMark])
+           : reports.empty()            ? "no report"
+                                        : "none behind " + ReportWords(reports.back());
+  };
+  const bool came = Await(
+      expected, seen, [&] { return reports.size() > mReportMark; }, kLimit);
+  if (!came || reports[mReportMark].value != state) Fail(expected, seen());
+  ++mReportMark;
+}
+
+void CCharger::ExpectNoReport() {
+  Settle();
+  const auto& reports = mProcesses.StateReports();
+  if (reports.size() > mReportMark) Fail("no report", ReportWords(reports[mReportMark]));
+}
+
+std::string CCharger::ReportWords(const SLast<int>& report) const {
+  return fmt::format("{} at {}", DaemonStateName(report.value), When(report.time));
+}
+
+void CCharger::ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
+                         Limit within) {
+  auto& log = mProcesses.DaemonLog();
+  const auto& lines = log.Lines();
+  const auto find = [&] {
+    return std::ranges::find_if(lines, [&](const SLogLine& line) {
+      return (!level || line.level == *level) && Contains(line, text);
+    });
+  };
+  const auto limit = LimitOf(within);
+  const auto expected = fmt::format("{} \"{}\"{}", level ? LogLevelName(*level) : "the log's line",
+                                    text, limit.words);
+  const auto seen = [&] {
+    if (find() != lines.end()) return "it at " + When(find()->time);
+    return lines.empty() ? "no line"
+                         : fmt::format("{} others, at last {} at {}", lines.size(),
+                                       Describe(lines.back()), When(lines.back().time));
+  };
+  Await(
+      expected, seen, [&] { return find() != lines.end(); }, limit.Rest());
+  const auto found = find();
+  if (found == lines.end() || found->time > limit.latest) Fail(expected, seen());
+  log.Forget(static_cast<std::size_t>(found - lines.begin()));
+}
+
+void CCharger::ExpectNoLog(Log::ELogLevel level, const std::string& text) {
+  Settle();
+  auto& log = mProcesses.DaemonLog();
+  log.Read(false);
+  for (const auto& line : log.Lines()) {
+    if (line.level < level || !Contains(line, text) || IsOfSettling(line)) continue;
+    Fail(fmt::format("no {}{}", LogLevelName(level),
+                     text.empty() ? " or worse" : fmt::format(" or worse with \"{}\"", text)),
+         fmt::format("{} at {}", Describe(line), When(line.time)));
+  }
+}
