@@ -44,6 +44,7 @@ void CVirtualSessionManager::OnSubscribers(std::size_t count) {
 std::string CVirtualSessionManager::SetConnectorState(int state) {
   const std::lock_guard lock(mMutex);
   mState = state;
+  mEvents("connector " + std::to_string(state));
   const bool nobody = mSubscribers == 0;
   try {
     if (mTellSubscribers) {

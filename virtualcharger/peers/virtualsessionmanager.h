@@ -8,7 +8,8 @@
 #include "platform/rpc/interfaces/sessionmanager.h"
 #include "virtualcharger/peers/peer.h"
 
-// Events: "subscribers N", "authorize TOKEN".
+// Events: "subscribers N", "authorize TOKEN", "connector STATE" for each one that
+// it reports.
 //
 // Threads: any.
 class CVirtualSessionManager : public ISessionManager {

@@ -1,31 +1,15 @@
-// The whole virtual charger: its hardware in this process, the daemon and the peers around it.
+// The virtual charger as scenarios use it: each operation waits until what it does has come into
+// force, and every expectation until it holds.
 #pragma once
 
-#include <array>
 #include <chrono>
-#include <cstdint>
 #include <functional>
-#include <map>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
-#include "virtualcharger/hardware/chargerhardware.h"
+#include "virtualcharger/scenario/bench.h"
 #include "virtualcharger/scenario/icharger.h"
-#include "virtualcharger/scenario/processes.h"
-
-// What can be seen and heard from outside at one moment.
-struct SView {
-  std::chrono::milliseconds time;  // since the charger was made
-  std::string state;               // as the daemon reported it last; empty before
-  SLamp lamp;
-  std::string brightness;               // of the lit channels: "76%"; "uneven"
-  std::array<std::uint32_t, 3> levels;  // the brightest ones that the channels reach
-  std::array<std::string, 3> patterns;  // of the channels red, green, blue
-  std::string ledState;                 // as the daemon reported it last; empty before
-  std::string display;                  // of the meter: "100%"; empty before
-  unsigned beeps;                       // up to now
-};
+#include "virtualcharger/scenario/interrupt.h"
 
 // This machine cannot run the hardware; the text tells the remedy.
 class CCannotRun : public std::runtime_error {
@@ -33,6 +17,8 @@ class CCannotRun : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// While it waits, a process that ends by itself is a failure, and CInterrupted is thrown.
+//
 // Threads: one.
 class CCharger : public ICharger {
  public:
@@ -42,17 +28,13 @@ class CCharger : public ICharger {
     std::string seen;  // at this moment
   };
 
-  CCharger(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware,
-           CInterrupt& interrupt);
+  CCharger(CBench& bench, CInterrupt& interrupt);
 
   // Returns when the daemon serves, knows its peers and shows that it is not enabled. Throws
   // CCannotRun and CStepFailure. Called while the process has one thread.
   void Start();
   // Throws CStepFailure where something does not end orderly.
   void Stop();
-
-  SView View() const;
-  CPrivateRoot& Root() { return mProcesses.Root(); }
 
   // Nothing while no expectation waits. May be asked by the watcher.
   std::optional<SWaiting> Waiting() const;
@@ -97,12 +79,6 @@ class CCharger : public ICharger {
   // For what only a fault can delay.
   static constexpr std::chrono::seconds kLimit{5};
 
-  // What is seen in words, and since when it is so.
-  struct SSeen {
-    std::string words;
-    TimePoint since;
-  };
-
   struct SAwaited {
     std::string words;
     std::function<std::string()> seen;
@@ -116,39 +92,28 @@ class CCharger : public ICharger {
     std::chrono::milliseconds Rest() const;
   };
 
-  void Watch();
-  void LookAtLamp();
+  // At the deed's end, with its note.
+  std::string Await(Deed deed);
+  // False where the condition does not hold within the time.
+  bool Await(const std::function<bool()>& condition, std::chrono::milliseconds limit);
+  void Look();
+  void Pause();
   void BeginChange();
   void Expect(const std::string& expected, Limit within, const std::function<SSeen()>& look);
-  // As of the processes, and tells meanwhile what is awaited and what is seen.
+  // Tells meanwhile what is awaited and what is seen.
   bool Await(const std::string& awaited, const std::function<std::string()>& seen,
              const std::function<bool()>& condition, std::chrono::milliseconds limit);
   SLimit LimitOf(Limit within) const;
   [[noreturn]] static void Fail(const std::string& expected, const std::string& seen);
   std::string ReportWords(const SLast<int>& report) const;
-  void Settle();
-  void CheckSilence() const;
-  std::string Tell(const std::string& peer, const std::string& command);
-  void Ask(const std::string& question, bool accepted);
   std::string When(TimePoint time) const;
 
-  const TimePoint mBegin = std::chrono::steady_clock::now();
-  CChargerHardware mHardware;
+  CBench& mBench;
+  CInterrupt& mInterrupt;
   CWriteHistory::Mark mMark = 0;
   std::size_t mToneMark = 0;
   std::size_t mReportMark = 0;
   std::optional<SAwaited> mAwaited;
   std::function<void()> mWatcher;
-  // As watched last.
-  SSeen mLamp{"", mBegin};
-  SSeen mBrightness{"", mBegin};
-  TimePoint mChangeBegin = mBegin;
-  // By the peer: what it told last, where not all subscribers have replied to it.
-  std::map<std::string, std::string> mUnanswered;
-  CProcesses mProcesses;  // last: watches the members above
+  TimePoint mChangeBegin = mBench.Begin();
 };
-
-// "blue pulsating", "off".
-std::string LampWords(const SLamp& lamp);
-// "76%", "7.6%".
-std::string Percent(double value);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -53,9 +54,11 @@ const std::string& ThisProgram() {
 }
 
 CChildProcess::CChildProcess(const std::vector<std::string>& command, const SStandard& standard)
-    : mPid(Start(command, standard)) {}
+    : mPid(Start(command, standard)),
+      mDescriptor(static_cast<int>(syscall(SYS_pidfd_open, mPid, 0))) {}
 
 CChildProcess::~CChildProcess() {
+  if (mDescriptor >= 0) close(mDescriptor);
   if (Ended()) return;
   kill(mPid, SIGKILL);
   while (waitpid(mPid, nullptr, 0) < 0 && errno == EINTR) {

@@ -41,8 +41,12 @@ class CChildProcess {
   // How it ended, as waitpid tells; nothing while it runs.
   std::optional<int> Ended();
 
+  // Readable when it has ended. Below 0 where the kernel has no such thing.
+  int Descriptor() const { return mDescriptor; }
+
  private:
   const pid_t mPid;
+  const int mDescriptor;
   bool mFrozen = false;
   std::optional<int> mStatus;
 };

@@ -12,54 +12,50 @@ constexpr std::chrono::seconds kAliveLimit{15};  // a message comes every 4 s
 
 void CCharger::ExpectState(int state, Limit within) {
   Expect(DaemonStateName(state), within, [&] {
-    const auto& last = mProcesses.LastState();
-    return last ? SSeen{DaemonStateName(last->value), last->time} : SSeen{"no report", mBegin};
+    const auto& last = mBench.Processes().LastState();
+    return last ? SSeen{DaemonStateName(last->value), last->time}
+                : SSeen{"no report", mBench.Begin()};
   });
 }
 
 void CCharger::ExpectAlive() {
-  const auto before = mProcesses.AliveMessages();
+  const auto before = mBench.Processes().AliveMessages().value;
   const auto begin = std::chrono::steady_clock::now();
   const auto* const expected = "one more alive message";
   const auto seen = [&] { return "none since " + When(begin); };
   if (!Await(
-          expected, seen, [&] { return mProcesses.AliveMessages() > before; }, kAliveLimit)) {
+          expected, seen, [&] { return mBench.Processes().AliveMessages().value > before; },
+          kAliveLimit)) {
     Fail(expected, seen());
   }
 }
 
 void CCharger::ExpectLamp(const SLamp& lamp, Limit within) {
-  Expect(LampWords(lamp), within, [&] {
-    LookAtLamp();
-    return mLamp;
-  });
+  Expect(LampWords(lamp), within, [&] { return mBench.Lamp(); });
 }
 
 void CCharger::ExpectBrightness(int percent, Limit within) {
-  Expect(Percent(percent), within, [&] {
-    LookAtLamp();
-    return mBrightness;
-  });
+  Expect(Percent(percent), within, [&] { return mBench.Brightness(); });
 }
 
 void CCharger::ExpectDisplay(int percent, Limit within) {
   Expect(Percent(percent), within, [&] {
-    const auto& last = mProcesses.Display();
-    return last ? SSeen{Percent(last->value), last->time} : SSeen{"nothing set", mBegin};
+    const auto& last = mBench.Processes().Display();
+    return last ? SSeen{Percent(last->value), last->time} : SSeen{"nothing set", mBench.Begin()};
   });
 }
 
 void CCharger::ExpectSignal(int identifier, const std::string& text, Limit within) {
   Expect(text, within, [&] {
-    const auto last = mProcesses.LastSignal(identifier);
-    return last ? SSeen{last->value, last->time} : SSeen{"no such signal", mBegin};
+    const auto last = mBench.Processes().LastSignal(identifier);
+    return last ? SSeen{last->value, last->time} : SSeen{"no such signal", mBench.Begin()};
   });
 }
 
 void CCharger::ExpectAttribute(const std::string& device, const std::string& attribute,
                                const std::string& text) {
   Expect(text, std::nullopt, [&] {
-    const auto value = mHardware.Attribute(DevicePath(device), attribute);
+    const auto value = mBench.Hardware().Attribute(DevicePath(device), attribute);
     return SSeen{value.value_or("no such attribute"), std::chrono::steady_clock::now()};
   });
 }
@@ -87,7 +83,7 @@ bool CCharger::Await(const std::string& awaited, const std::function<std::string
   };
   mAwaited = {awaited, seen};
   const SClear clear{mAwaited};
-  return mProcesses.Await(condition, limit);
+  return Await(condition, limit);
 }
 
 CCharger::SLimit CCharger::LimitOf(Limit within) const {
@@ -105,5 +101,5 @@ void CCharger::Fail(const std::string& expected, const std::string& seen) {
 }
 
 std::string CCharger::When(TimePoint time) const {
-  return fmt::format("{:.3f} s", std::chrono::duration<double>(time - mBegin).count());
+  return fmt::format("{:.3f} s", std::chrono::duration<double>(time - mBench.Begin()).count());
 }

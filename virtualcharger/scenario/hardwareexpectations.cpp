@@ -66,10 +66,10 @@ bool IsWithin(const SBeepBounds& bounds, const SBeep& beep) {
 }  // namespace
 
 std::string CCharger::ExpectBeep(const SBeepBounds& bounds) {
-  const auto find = [this] { return FindBeep(mHardware.Tone().Tones(), mToneMark); };
+  const auto find = [this] { return FindBeep(mBench.Hardware().Tone().Tones(), mToneMark); };
   const auto expected = Describe(bounds);
   const auto seen = [&]() -> std::string {
-    const auto tones = mHardware.Tone().Tones();
+    const auto tones = mBench.Hardware().Tone().Tones();
     if (tones.empty() || tones.back().divisor == 0) return "no tone";
     return "a tone that does not end, since " + When(tones.back().time);
   };
@@ -83,8 +83,8 @@ std::string CCharger::ExpectBeep(const SBeepBounds& bounds) {
 }
 
 void CCharger::ExpectNoBeep() {
-  Settle();
-  const auto tones = mHardware.Tone().Tones();
+  Await(mBench.Settle());
+  const auto tones = mBench.Hardware().Tone().Tones();
   for (auto index = mToneMark; index < tones.size(); ++index) {
     if (tones[index].divisor != 0) Fail("no beep", "a tone at " + When(tones[index].time));
   }
@@ -92,7 +92,7 @@ void CCharger::ExpectNoBeep() {
 
 void CCharger::ExpectWrite(const std::string& channel, const std::string& attribute,
                            const std::string& text) {
-  const auto& history = mHardware.LampWrites();
+  const auto& history = mBench.Hardware().LampWrites();
   const auto expected = fmt::format("{} {} \"{}\"", channel, attribute, text);
   const auto seen = [&]() -> std::string {
     const auto writes = history.Since(mMark);
@@ -107,12 +107,12 @@ void CCharger::ExpectWrite(const std::string& channel, const std::string& attrib
 
 void CCharger::ExpectNoWrite() {
   constexpr auto expected = "nothing written";
-  for (const auto& [peer, command] : mUnanswered) {
+  for (const auto& [peer, command] : mBench.Unanswered()) {
     Fail(expected, fmt::format("no reply to \"{}\" of {}, so that it may still be on its way",
                                command, peer));
   }
-  Settle();
-  const auto writes = mHardware.LampWrites().Since(mMark);
+  Await(mBench.Settle());
+  const auto writes = mBench.Hardware().LampWrites().Since(mMark);
   if (writes.empty()) return;
   Fail(expected,
        fmt::format("{} at {}{}", Describe(writes.front()), When(writes.front().time),

@@ -25,7 +25,7 @@ std::string Describe(const SLogLine& line) {
 }  // namespace
 
 void CCharger::ExpectReport(int state) {
-  const auto& reports = mProcesses.StateReports();
+  const auto& reports = mBench.Processes().StateReports();
   const auto expected = "the report " + DaemonStateName(state);
   const auto seen = [&] {
     return reports.size() > mReportMark ? ReportWords(reports[mReportMark])
@@ -39,8 +39,8 @@ void CCharger::ExpectReport(int state) {
 }
 
 void CCharger::ExpectNoReport() {
-  Settle();
-  const auto& reports = mProcesses.StateReports();
+  Await(mBench.Settle());
+  const auto& reports = mBench.Processes().StateReports();
   if (reports.size() > mReportMark) Fail("no report", ReportWords(reports[mReportMark]));
 }
 
@@ -50,7 +50,7 @@ std::string CCharger::ReportWords(const SLast<int>& report) const {
 
 void CCharger::ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
                          Limit within) {
-  auto& log = mProcesses.DaemonLog();
+  auto& log = mBench.Processes().DaemonLog();
   const auto& lines = log.Lines();
   const auto find = [&] {
     return std::ranges::find_if(lines, [&](const SLogLine& line) {
@@ -74,8 +74,8 @@ void CCharger::ExpectLog(std::optional<Log::ELogLevel> level, const std::string&
 }
 
 void CCharger::ExpectNoLog(Log::ELogLevel level, const std::string& text) {
-  Settle();
-  auto& log = mProcesses.DaemonLog();
+  Await(mBench.Settle());
+  auto& log = mBench.Processes().DaemonLog();
   log.Read(false);
   for (const auto& line : log.Lines()) {
     if (line.level < level || !Contains(line, text) || IsOfSettling(line)) continue;

@@ -26,6 +26,7 @@ CPeerLink::CPeerLink(const std::vector<std::string>& command, int log, EventHand
 }
 
 CPeerLink::~CPeerLink() {
+  for (const auto& [number, command] : mCommands) command->lost = true;
   close(mDescriptor);
 }
 
@@ -36,22 +37,18 @@ void CPeerLink::Read() {
   while (const auto line = mLines.Next()) Understand(*line);
 }
 
-std::uint64_t CPeerLink::Send(const std::string& command) {
+std::shared_ptr<const SCommand> CPeerLink::Send(const std::string& command) {
   const auto line = std::to_string(++mLastNumber) + ' ' + command + '\n';
   // A peer that is gone is noticed as a process that has ended.
   [[maybe_unused]] const auto sent =
       send(mDescriptor, line.data(), line.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-  return mLastNumber;
-}
-
-std::optional<std::string> CPeerLink::Outcome(std::uint64_t number) const {
-  return mOutcome && mOutcome->first == number ? std::optional(mOutcome->second) : std::nullopt;
+  return mCommands[mLastNumber] = std::make_shared<SCommand>();
 }
 
 void CPeerLink::Understand(const std::string& line) {
   std::istringstream stream(line);
   std::string kind;
-  std::uint64_t number = 0;
+  std::int64_t number = 0;
   stream >> kind;
   if (kind == "serving") {
     mServing = true;
@@ -61,10 +58,10 @@ void CPeerLink::Understand(const std::string& line) {
   std::string text;
   std::getline(stream.ignore(), text);
   if (kind == "subscribers") {
-    mSubscribers = number;
+    mSubscribers = static_cast<std::size_t>(number);
   } else if (kind == "reply") {
-    mOutcome = {number, text};
+    if (const auto command = mCommands.extract(number)) command.mapped()->outcome = text;
   } else {
-    mOnEvent(kind, static_cast<int>(number), text);
+    mOnEvent(kind, number, text);
   }
 }

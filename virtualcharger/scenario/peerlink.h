@@ -4,20 +4,26 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "virtualcharger/peers/linebuffer.h"
 #include "virtualcharger/scenario/childprocess.h"
+
+// A command on its way to a peer and back.
+struct SCommand {
+  std::optional<std::string> outcome;  // as in peer.h
+  bool lost = false;                   // the peer has ended before it answered
+};
 
 // Threads: one.
 class CPeerLink {
  public:
   // An event of what the peer plays, such as "signal 111 Green/On"; the text may be empty.
   using EventHandler =
-      std::function<void(const std::string& kind, int number, const std::string& text)>;
+      std::function<void(const std::string& kind, std::int64_t number, const std::string& text)>;
 
   // The command without its end of the line; the peer's own log goes to the descriptor. Throws
   // std::system_error.
@@ -35,10 +41,8 @@ class CPeerLink {
   bool IsServing() const { return mServing; }
   std::size_t Subscribers() const { return mSubscribers; }
 
-  // The number under which the outcome comes.
-  std::uint64_t Send(const std::string& command);
-  // Nothing while the command is not done with.
-  std::optional<std::string> Outcome(std::uint64_t number) const;
+  // Several may be on their way; the peer takes one after the other.
+  std::shared_ptr<const SCommand> Send(const std::string& command);
 
  private:
   void Understand(const std::string& line);
@@ -49,6 +53,6 @@ class CPeerLink {
   CLineBuffer mLines;
   bool mServing = false;
   std::size_t mSubscribers = 0;
-  std::uint64_t mLastNumber = 0;
-  std::optional<std::pair<std::uint64_t, std::string>> mOutcome;  // the newest
+  std::int64_t mLastNumber = 0;
+  std::map<std::int64_t, std::shared_ptr<SCommand>> mCommands;  // without an outcome, by number
 };

@@ -1,6 +1,8 @@
 // The daemon and its peers, each a process of its own in a private root.
 #pragma once
 
+#include <poll.h>
+
 #include <chrono>
 #include <functional>
 #include <map>
@@ -10,8 +12,8 @@
 #include <vector>
 
 #include "virtualcharger/scenario/daemonlog.h"
+#include "virtualcharger/scenario/deed.h"
 #include "virtualcharger/scenario/icharger.h"
-#include "virtualcharger/scenario/interrupt.h"
 #include "virtualcharger/scenario/peerlink.h"
 #include "virtualcharger/scenario/privateroot.h"
 
@@ -22,6 +24,17 @@ inline constexpr auto kDiagnostics = "diagnostics";
 inline constexpr auto kMeter = "meter";
 inline constexpr auto kSessionManager = "session-manager";
 
+// Starting: a peer that does not serve yet, a daemon that has not found its peers. Dead: ended
+// without being asked to.
+enum class EProcessState { Stopped, Starting, Running, Dead };
+
+struct SProcessStatus {
+  EProcessState state = EProcessState::Stopped;
+  bool frozen = false;
+  std::chrono::steady_clock::time_point since{};
+  std::string detail{};  // how it ended, empty before it ran: "signal 9 (Killed)"
+};
+
 // What a peer got from the daemon last, and since when it is so.
 template <typename Value>
 struct SLast {
@@ -29,73 +42,99 @@ struct SLast {
   std::chrono::steady_clock::time_point time;
 };
 
-// Threads: one. Every operation that waits throws CStepFailure where a process has ended by itself,
-// and CInterrupted.
+// Nothing here waits: what is begun goes on while Look is called again and again, at once when one
+// of the inputs is readable and every few ms while a deed is under way. What cannot be begun throws
+// CStepFailure.
+//
+// Threads: one.
 class CProcesses {
  public:
   struct SSettings {
     std::string daemon;    // path
     bool showLog = false;  // of the daemon, as it comes
   };
+  // Whatever a peer tells beyond what is kept here.
+  using OtherEvents = std::function<void(const std::string& peer, const std::string& kind,
+                                         std::int64_t number, const std::string& text)>;
 
-  // The watch is called at every look at what goes on, every few ms while something is awaited.
-  CProcesses(SSettings settings, CInterrupt& interrupt, std::function<void()> watch);
+  explicit CProcesses(SSettings settings);
   ~CProcesses();
 
-  // The peers first, then the daemon; returns when it serves and has subscribed to them.
-  void Start();
-  // Everything ends orderly, the daemon first. Throws CStepFailure where it does not.
-  void Stop();
+  void HearOtherEvents(OtherEvents handler) { mOtherEvents = std::move(handler); }
 
-  void Control(EProcessAction action, const std::string& name);
+  // Takes in what has come and who has ended.
+  void Look();
+  // To be polled besides.
+  std::vector<pollfd> Inputs() const;
 
-  // The outcome, as in peer.h.
-  std::string Tell(const std::string& peer, const std::string& command);
+  // The peers, and the daemon when they serve; ends when it serves and has subscribed to them.
+  Deed StartAll();
+  // Frozen ones are thawed; everything that runs ends orderly, the daemon first.
+  Deed StopAll();
+  // The deed ends when what was done has come into force: a daemon that was stopped or killed has
+  // lost its subscriptions by then.
+  Deed Control(EProcessAction action, const std::string& name);
+  // Ends with the outcome, as in peer.h. A frozen peer may be thawed before the limit.
+  Deed Tell(const std::string& peer, const std::string& command);
 
-  // Takes in what comes until the condition holds; false if it does not within the time.
-  bool Await(const std::function<bool()>& condition, std::chrono::milliseconds limit);
-
+  const SProcessStatus& Status(const std::string& name) const;
   // Neither ended nor frozen.
-  bool Runs(const std::string& name);
+  bool Runs(const std::string& name) const;
+  // Which process has ended without being asked to, and how, told once.
+  std::optional<std::string> TakeDeath();
 
   std::optional<SLast<std::string>> LastSignal(int identifier) const;
+  // By their identifiers, all that diagnostics got.
+  const std::map<int, SLast<std::string>>& Signals() const { return mSignals; }
   // Nothing before a daemon that was started has reported its first one.
   const std::optional<SLast<int>>& LastState() const { return mState; }
+  // What the session manager has told last.
+  const SLast<int>& Connector() const { return mConnector; }
   // In percent; nothing before the meter that runs was told one.
   const std::optional<SLast<int>>& Display() const { return mDisplay; }
   // All that came up to now, a repeated state too; what a new board controller hears first as well.
   const std::vector<SLast<int>>& StateReports() const { return mStateReports; }
-  // How many messages have come up to now.
-  unsigned AliveMessages() const { return mAliveMessages; }
+  // How many have come up to now, and when the last one.
+  const SLast<unsigned>& AliveMessages() const { return mAliveMessages; }
   CPrivateRoot& Root() { return mRoot; }
   CDaemonLog& DaemonLog() { return mLog; }
 
  private:
-  CChildProcess* Find(const std::string& name);
+  struct SProcess {
+    SProcessStatus status;
+    bool asked = false;               // to end
+    std::unique_ptr<CPeerLink> link;  // of a peer that runs
+    std::unique_ptr<CChildProcess> daemon;
+  };
+
+  static CChildProcess* Child(const SProcess& process);
   CChildProcess& Running(const std::string& name);
-  void StartProcess(const std::string& name);
-  void StartPeer(const std::string& name);
-  void StartDaemon();
-  void StopProcess(const std::string& name, CChildProcess& process);
-  void Forget(const std::string& name);
-  bool HasFoundDaemon(const std::string& peer) const;
-  void AwaitDaemon();
+  CChildProcess& Unfrozen(const std::string& name);
+  Deed StartPeer(const std::string& name);
+  Deed StartDaemon();
+  Deed Started(const std::string& name);
+  Deed Stop(const std::string& name);
+  Deed Kill(const std::string& name);
+  Deed Unsubscribed() const;
+  bool AllPeers(
+      const std::function<bool(const std::string& name, const SProcess&)>& condition) const;
+  bool HasFoundDaemon(const std::string& peer, const SProcess& process) const;
+  void SetState(SProcess& process, EProcessState state, const std::string& detail = {});
+  void CheckEnd(const std::string& name, SProcess& process);
   void CheckSocketsAreGone() const;
-  void TakeEvent(const std::string& kind, int number, const std::string& text);
-  void Look();
-  void CheckProcesses();
+  void TakeEvent(const std::string& peer, const std::string& kind, std::int64_t number,
+                 const std::string& text);
 
   const SSettings mSettings;
-  CInterrupt& mInterrupt;
-  const std::function<void()> mWatch;
+  OtherEvents mOtherEvents;
   CPrivateRoot mRoot;
-  std::map<std::string, std::unique_ptr<CPeerLink>> mPeers;
-  std::unique_ptr<CChildProcess> mDaemon;
+  std::optional<std::string> mDeath;
   std::map<int, SLast<std::string>> mSignals;
   std::optional<SLast<int>> mState;
   std::optional<SLast<int>> mDisplay;
   std::vector<SLast<int>> mStateReports;
-  unsigned mAliveMessages = 0;
-  int mConnectorState;  // what the session manager told last, and remembers
+  SLast<unsigned> mAliveMessages{};
+  SLast<int> mConnector;
   CDaemonLog mLog{mRoot.Log("feedback")};
+  std::map<std::string, SProcess> mProcesses;  // last: their events use the members above
 };

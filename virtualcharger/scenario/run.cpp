@@ -35,17 +35,17 @@ std::string LastLines(const std::string& path) {
 // Does the steps one by one; what it was at when it failed is left for the message.
 class CRun {
  public:
-  CRun(const SScenario& scenario, CCharger& charger, CTranscript& transcript)
-      : mScenario(scenario), mCharger(charger), mTranscript(transcript) {}
+  CRun(const SScenario& scenario, CBench& bench, CCharger& charger, CTranscript& transcript)
+      : mScenario(scenario), mBench(bench), mCharger(charger), mTranscript(transcript) {}
 
   void Execute() {
     mCharger.Start();
     mTranscript.Header();
-    mTranscript.Step("(the charger is ready)", mCharger.View());
+    mTranscript.Step("(the charger is ready)", mBench.View());
     for (const auto& step : mScenario.steps) {
       mStep = &step;
       const auto note = step.action(mCharger);
-      mTranscript.Step(step.text, mCharger.View());
+      mTranscript.Step(step.text, mBench.View());
       if (!note.empty()) mTranscript.Note(note);
     }
     mStep = nullptr;
@@ -60,11 +60,12 @@ class CRun {
 
   // Shows the state at the failure in the columns of the others.
   void ShowFailedStep() {
-    if (mStep != nullptr) mTranscript.Step(mStep->text, mCharger.View());
+    if (mStep != nullptr) mTranscript.Step(mStep->text, mBench.View());
   }
 
  private:
   const SScenario& mScenario;
+  const CBench& mBench;
   CCharger& mCharger;
   CTranscript& mTranscript;
   const SStep* mStep = nullptr;
@@ -74,12 +75,14 @@ class CRun {
 int RunScenario(const SRunOptions& options, const SScenario& scenario) {
   CInterrupt interrupt;
   CTranscript transcript(stdout);
-  CCharger charger({options.daemon, options.showLog}, options.hardware, interrupt);
+  CBench bench({options.daemon, options.showLog}, options.hardware);
+  CCharger charger(bench, interrupt);
+  auto& root = bench.Processes().Root();
   if (options.keepRoot) {
-    charger.Root().Keep();
-    transcript.Line(fmt::format("the run's folder: {}\n", charger.Root().Path()));
+    root.Keep();
+    transcript.Line(fmt::format("the run's folder: {}\n", root.Path()));
   }
-  CRun run(scenario, charger, transcript);
+  CRun run(scenario, bench, charger, transcript);
   try {
     run.Execute();
   } catch (const CCannotRun& cannot) {
@@ -91,7 +94,7 @@ int RunScenario(const SRunOptions& options, const SScenario& scenario) {
   } catch (const std::exception& failure) {
     run.ShowFailedStep();
     transcript.Failure("FAILED  " + run.Place(options.scenario), failure.what());
-    const auto lines = LastLines(charger.Root().Log("feedback"));
+    const auto lines = LastLines(root.Log("feedback"));
     transcript.Failure("the daemon's last lines:", lines.empty() ? "(none)" : lines);
     return Status(EExit::Failed);
   }

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "virtualcharger/scenario/charger.h"
+#include "virtualcharger/scenario/bench.h"
 
 // With colours on a terminal, unless NO_COLOR is set: then a swatch shows the lamp's light at its
 // brightest, elsewhere a word says whether there is any. On a terminal the pattern text is cut to

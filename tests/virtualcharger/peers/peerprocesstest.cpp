@@ -76,9 +76,11 @@ TEST_F(APeerProcess, RepliesToEachCommandUnderItsNumber) {
   Run("session-manager");
   EXPECT_EQ(Line(), "serving");
   Write("7 connector 5\n\n8 error 1004 on\n9 conn");
+  EXPECT_EQ(Line(), "connector 5");
   EXPECT_EQ(Line(), "reply 7 nobody");
   EXPECT_EQ(Line(), "reply 8 unknown");
   Write("ector 6\n");
+  EXPECT_EQ(Line(), "connector 6");
   EXPECT_EQ(Line(), "reply 9 nobody");
 }
 

@@ -73,24 +73,26 @@ TEST(AChildProcess, InheritsNeitherDescriptorsNorBlockedSignals) {
 
 TEST(APeerLink, UnderstandsWhatThePeerTells) {
   std::vector<std::string> events;
-  CPeerLink link(
+  auto link = std::make_unique<CPeerLink>(
       Shell(
           "echo serving; echo nonsense; echo subscribers 2; echo signal 111 Green/On; echo state 3;"
           "read number rest; echo reply $number got $rest; read end"),
-      STDERR_FILENO, [&](const std::string& kind, int number, const std::string& text) {
+      STDERR_FILENO, [&](const std::string& kind, std::int64_t number, const std::string& text) {
         events.push_back(kind + ' ' + std::to_string(number) + '=' + text);
       });
-  const auto number = link.Send("connector 5");
-  EXPECT_FALSE(link.Outcome(number));
+  const auto command = link->Send("connector 5");
+  EXPECT_FALSE(command->outcome);
   ASSERT_TRUE(Eventually([&] {
-    link.Read();
-    return link.Outcome(number).has_value();
+    link->Read();
+    return command->outcome.has_value();
   }));
-  EXPECT_TRUE(link.IsServing());
-  EXPECT_EQ(link.Subscribers(), 2U);
+  EXPECT_TRUE(link->IsServing());
+  EXPECT_EQ(link->Subscribers(), 2U);
   EXPECT_THAT(events, testing::ElementsAre("signal 111=Green/On", "state 3="));
-  EXPECT_EQ(link.Outcome(number), "got connector 5");
-  EXPECT_FALSE(link.Outcome(number + 1));
+  EXPECT_EQ(command->outcome, "got connector 5");
+  const auto last = link->Send("connector 6");
+  link.reset();
+  EXPECT_TRUE(last->lost);
 }
 
 TEST(APrivateRoot, HoldsAStoreThatPutsTheSocketsIntoIt) {

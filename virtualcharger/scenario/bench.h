@@ -1,0 +1,95 @@
+// The charger and everything around it: the hardware in this process, the daemon and its peers in
+// theirs. What is done here is begun and goes on while Look is called again and again.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "virtualcharger/hardware/chargerhardware.h"
+#include "virtualcharger/scenario/deed.h"
+#include "virtualcharger/scenario/icharger.h"
+#include "virtualcharger/scenario/processes.h"
+
+// What can be seen and heard from outside at one moment.
+struct SView {
+  std::chrono::milliseconds time;  // since the charger was made
+  std::string state;               // as the daemon reported it last; empty before
+  SLamp lamp;
+  std::string brightness;               // of the lit channels: "76%"; "uneven"
+  std::array<std::uint32_t, 3> levels;  // the brightest ones that the channels reach
+  std::array<std::string, 3> patterns;  // of the channels red, green, blue
+  std::string ledState;                 // as the daemon reported it last; empty before
+  std::string display;                  // of the meter: "100%"; empty before
+  unsigned beeps;                       // up to now
+};
+
+// What is seen in words, and since when it is so.
+struct SSeen {
+  std::string words;
+  std::chrono::steady_clock::time_point since;
+};
+
+// What cannot be begun throws CStepFailure.
+//
+// Threads: one.
+class CBench {
+ public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  CBench(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware);
+
+  TimePoint Begin() const { return mBegin; }
+  CChargerHardware& Hardware() { return mHardware; }
+  const CChargerHardware& Hardware() const { return mHardware; }
+  CProcesses& Processes() { return mProcesses; }
+
+  // Takes in what has happened.
+  void Look();
+  SView View() const;
+  // As looked at last.
+  const SSeen& Lamp() const { return mLamp; }
+  const SSeen& Brightness() const { return mBrightness; }
+
+  Deed Stop();
+  // What the board controller asks ends when the verdict is the expected one and, where a request
+  // was accepted, the daemon has reported the state that it led to.
+  Deed Request(ERequest request, bool accepted);
+  Deed Trigger(int event, bool accepted);
+  // Ends when what has begun in the daemon has ended: it takes one event after the other.
+  Deed Settle();
+  // Both end when all subscribers have replied; the note tells where that was not so.
+  Deed SetConnector(int state);
+  Deed SetError(int identifier, bool on);
+  Deed SetMeter(bool accepts);
+  Deed Control(EProcessAction action, const std::string& process);
+  void SetLight(double lux);
+  // Null takes the key out of the store.
+  void SetStored(const std::string& key, const Json::Value& value);
+  void SetFault(const std::string& device, const std::string& attribute, const SFault& fault);
+  void Heal();
+
+  // By the peer: what it told last, where not all subscribers have replied to it.
+  const std::map<std::string, std::string>& Unanswered() const { return mUnanswered; }
+
+ private:
+  Deed Ask(const std::string& question, bool accepted);
+  Deed Tell(const std::string& peer, const std::string& command);
+  void CheckSilence() const;
+
+  const TimePoint mBegin = std::chrono::steady_clock::now();
+  CChargerHardware mHardware;
+  CWriteHistory::Mark mLooked = 0;
+  SSeen mLamp{"", mBegin};
+  SSeen mBrightness{"", mBegin};
+  std::map<std::string, std::string> mUnanswered;
+  CProcesses mProcesses;
+};
+
+// "blue pulsating", "off".
+std::string LampWords(const SLamp& lamp);
+// "76%", "7.6%".
+std::string Percent(double value);
