@@ -22,6 +22,7 @@
 #include "src/hal/led.h"
 #include "src/hal/opt3001.h"
 #include "src/interrupt.h"
+#include "src/stopguard.h"
 #include "utils/servicenames.h"
 
 namespace {
@@ -146,15 +147,21 @@ void CFeedback::Run() {
 }
 
 void CFeedback::RunStateMachine() const {
+  StopGuard::SetFarewell([this] {
+    mMachine->DropQueuedEvents();
+    mHost->Stop();
+  });
   LOG(Info, "(src/feedback:226) Starting state machine");
   Interrupt::SetHook([this](int signal) {
     if (signal == SIGINT) {
       mMachine->PostEvent(std::make_shared<IntTerminate>());
       // The machine may be waiting for a peer that hangs.
       mHost->PrepareStop();
+      StopGuard::Start();
     }
   });
   mMachine->Run();
+  StopGuard::SetFarewell({});
   Interrupt::RemoveHook();
   LOG(Info, "(src/feedback:230) State machine stopped");
 }

@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr const char* kTonePath = "/dev/tty0";
 constexpr int kToneDivisor = 298;  // about 4 kHz
 constexpr std::chrono::milliseconds kBeepLength{300};
 const std::string kVolume = "volume";

@@ -31,6 +31,15 @@ int Retry(const char* operation, SystemCall systemCall) {
 
 }  // namespace
 
+void SwitchToneOff() {
+  CToneDevice device;
+  const int descriptor = device.Open(kTonePath);
+  if (descriptor >= 0) {
+    device.SetTone(descriptor, 0);
+    device.Close(descriptor);
+  }
+}
+
 int CToneDevice::Open(const char* path) {
   return Retry("open", [path] { return open(path, O_RDWR | O_NOCTTY | O_CLOEXEC); });
 }

@@ -1,0 +1,84 @@
+#include "src/stopguard.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "platform/log/log.h"
+#include "src/hal/tonedevice.h"
+
+namespace StopGuard {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kTimeForTheOrderlyEnd = 700ms;
+constexpr auto kTimeForTheFarewell = 150ms;
+
+struct Guard {
+  std::mutex mutex;
+  std::function<void()> farewell;  // guarded by mutex
+  bool hasStarted = false;         // guarded by mutex
+  bool hasStruck = false;          // guarded by mutex
+};
+
+// Never destroyed: the guard's thread may outlive main.
+Guard& TheGuard() {
+  static auto* const guard = new Guard;
+  return *guard;
+}
+
+std::future<void> Begin(std::function<void()> function) {
+  std::packaged_task<void()> task(std::move(function));
+  auto done = task.get_future();
+  std::thread(std::move(task)).detach();
+  return done;
+}
+
+[[noreturn]] void Strike() {
+  std::function<void()> farewell;
+  {
+    const std::lock_guard lock(TheGuard().mutex);
+    TheGuard().hasStruck = true;
+    farewell = TheGuard().farewell;
+  }
+  LOG(Warning, "A device does not answer; the process ends without waiting for it");
+  const auto end = std::chrono::steady_clock::now() + kTimeForTheFarewell;
+  const auto silence = Begin(SwitchToneOff);
+  if (farewell) {
+    Begin(std::move(farewell)).wait_until(end);
+  }
+  silence.wait_until(end);
+  std::_Exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+
+void SetFarewell(std::function<void()> farewell) {
+  std::unique_lock lock(TheGuard().mutex);
+  if (TheGuard().hasStruck) {
+    lock.unlock();
+    for (;;) {
+      pause();
+    }
+  }
+  TheGuard().farewell = std::move(farewell);
+}
+
+void Start() {
+  const std::lock_guard lock(TheGuard().mutex);
+  if (std::exchange(TheGuard().hasStarted, true)) {
+    return;
+  }
+  std::thread([] {
+    std::this_thread::sleep_for(kTimeForTheOrderlyEnd);
+    Strike();
+  }).detach();
+}
+
+}  // namespace StopGuard
