@@ -5,7 +5,6 @@ import resource
 import signal
 import socket
 import subprocess
-import time
 import unittest
 
 import grpc
@@ -56,14 +55,6 @@ class TheDaemon(unittest.TestCase):
         status, _ = interrupt(daemon)
         self.assertEqual(status, 0)
         self.assertEqual(os.listdir(self.charger.sockets), [])
-
-    def test_ends_also_when_its_peers_stand_still(self):
-        peers = [self.charger.peer("diagnostics"), self.charger.peer("session-manager")]
-        daemon = self.charger.daemon()
-        self.charger.initialise_and_enable()
-        for peer in peers:
-            peer.send_signal(signal.SIGSTOP)
-        self.assertEqual(interrupt(daemon)[0], 0)
 
     def test_lives_the_life_that_the_board_controller_steers(self):
         daemon = self.charger.daemon()
@@ -117,26 +108,6 @@ class TheDaemon(unittest.TestCase):
         status, output = interrupt(daemon)
         self.assertEqual(status, 0)
         self.assertIn("(src/feedback:105) Config error occurred: ", output)
-
-    def test_survives_a_storm_of_interrupts_from_its_first_moment_on(self):
-        for begin in (0, 0.02, 0.2):
-            daemon = self.charger.daemon()
-            time.sleep(begin)  # where in the start the storm begins is varied, not awaited
-            for _ in range(1000):
-                daemon.send_signal(signal.SIGINT)
-            status, output = interrupt(daemon)
-            self.assertIn(status, (0, -signal.SIGINT), output)
-
-    def test_ends_while_a_watcher_does_not_read(self):
-        daemon = self.charger.daemon()
-        watcher = self.charger.start_watcher()
-        self.charger.initialise_and_enable()
-        watcher.send_signal(signal.SIGSTOP)
-        channel, control = self.charger.control()
-        self.addCleanup(channel.close)
-        for _ in range(3000):  # more reports than its socket holds
-            control.Enable(EMPTY, timeout=GENEROUS)
-        self.assertEqual(interrupt(daemon)[0], 0)
 
     def test_refuses_to_be_a_second_one_and_names_the_first(self):
         first = self.charger.daemon()

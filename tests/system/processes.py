@@ -1,14 +1,17 @@
 """The daemon and its peers as processes, with their sockets and their store in a directory of the
-test's own. Needs neither FUSE nor namespaces: without LED devices the daemon still talks."""
+test's own. Charger needs neither FUSE nor namespaces: without LED devices the daemon still talks.
+Stage has the hardware too, and skips the test where it cannot."""
 
 import json
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
 import tempfile
 import time
+import unittest
 
 import grpc
 from ipc import common_pb2, genericcontrol_pb2, genericcontrol_pb2_grpc
@@ -17,6 +20,11 @@ EMPTY = common_pb2.MEmpty()
 
 # Nothing that works takes this long.
 GENEROUS = 30
+
+# Seconds from SIGINT to the daemon's end; longer under sanitizers.
+STOP_LIMIT = float(os.environ.get("STOP_LIMIT", 1))
+
+CANNOT_RUN_HERE = 3
 
 
 def wait_until(condition, what):
@@ -111,3 +119,62 @@ def interrupt(child):
     child.send_signal(signal.SIGINT)
     output, _ = child.communicate(timeout=GENEROUS)
     return child.returncode, output
+
+
+def read_until(child, text):
+    """What it says, up to the line with this text."""
+    lines = []
+    for line in child.stdout:
+        lines.append(line)
+        if text in line:
+            return lines
+    raise AssertionError(f"it ended without \"{text}\":\n{''.join(lines)}")
+
+
+class Stage:
+    """The virtual charger while it plays these steps, and the daemon's log in full detail."""
+
+    def __init__(self, *steps):
+        self._folder = pathlib.Path(tempfile.mkdtemp(prefix="stage-"))
+        scenario = self._folder / "own.scenario"
+        scenario.write_text("\n".join(steps))
+        daemon = self._folder / "feedback"
+        daemon.write_text(f"#!/bin/sh\nexec {os.environ['FEEDBACK']} -v -v \"$@\"\n")
+        daemon.chmod(0o755)
+        self._play = subprocess.Popen(
+            [os.environ["VIRTUAL_CHARGER"], "--scenario", scenario, "--daemon", daemon, "--keep"],
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.transcript = []
+        self.root = pathlib.Path(self.until("the run's folder: ").split(": ")[1])
+        self.store = self.root / "etc" / "ovra.json"
+
+    def until(self, text):
+        """The transcript's next line with this text."""
+        try:
+            self.transcript += read_until(self._play, text)
+            return self.transcript[-1].rstrip()
+        except AssertionError:
+            if self._play.wait(GENEROUS) == CANNOT_RUN_HERE:
+                raise unittest.SkipTest("no FUSE or no namespaces") from None
+            raise
+
+    def finish(self):
+        """Plays on to the end; all must be as expected. Returns the daemon's log."""
+        self.until("all as expected")
+        self._play.wait(GENEROUS)
+        return (self.root / "feedback.log").read_text()
+
+    def durations(self, step):
+        """Seconds that each of these steps took."""
+        lines = re.findall(r"^ *(\d+\.\d+) +(.*)$", "".join(self.transcript), re.MULTILINE)
+        return [float(end) - float(begin) for (begin, _), (end, text) in zip(lines, lines[1:])
+                if text.startswith(step)]
+
+    def channel(self, name):
+        return grpc.insecure_channel(f"unix:{self.root}/run/{name}")
+
+    def close(self):
+        self._play.kill()
+        self._play.communicate()
+        shutil.rmtree(self._folder)
+        shutil.rmtree(self.root, ignore_errors=True)
