@@ -10,6 +10,7 @@
 
 #include "virtualcharger/scenario/charger.h"
 #include "virtualcharger/scenario/interrupt.h"
+#include "virtualcharger/scenario/player.h"
 #include "virtualcharger/scenario/scenario.h"
 #include "virtualcharger/scenario/transcript.h"
 
@@ -36,40 +37,48 @@ std::string LastLines(const std::string& path) {
 class CRun {
  public:
   CRun(const SScenario& scenario, CBench& bench, CCharger& charger, CTranscript& transcript)
-      : mScenario(scenario), mBench(bench), mCharger(charger), mTranscript(transcript) {}
+      : mPlayer(scenario, charger), mBench(bench), mCharger(charger), mTranscript(transcript) {}
 
-  void Execute() {
+  void Execute(CInterrupt& interrupt) {
     mCharger.Start();
+    mPlaying = true;
     mTranscript.Header();
     mTranscript.Step("(the charger is ready)", mBench.View());
-    for (const auto& step : mScenario.steps) {
-      mStep = &step;
-      const auto note = step.action(mCharger);
-      mTranscript.Step(step.text, mBench.View());
+    while (const auto* step = mPlayer.Step()) {
+      interrupt.Check();  // few steps wait, and rounds can be many
+      const auto note = mPlayer.Do();
+      ++mSteps;
+      mTranscript.Step(step->text, mBench.View());
       if (!note.empty()) mTranscript.Note(note);
     }
-    mStep = nullptr;
-    mEnding = true;
     mCharger.Stop();
   }
 
   std::string Place(const std::string& file) const {
-    if (mStep != nullptr) return fmt::format("{}:{}: {}", file, mStep->line, mStep->text);
-    return fmt::format("{}: {}", file, mEnding ? "the end of the run" : "the start of the charger");
+    const auto* step = mPlayer.Step();
+    if (!mPlaying) return file + ": the start of the charger";
+    if (step == nullptr) return file + ": the end of the run";
+    const auto round = mPlayer.Round();
+    return fmt::format("{}:{}: {}{}", file, step->line, step->text,
+                       round.empty() ? "" : fmt::format(" ({})", round));
   }
 
   // Shows the state at the failure in the columns of the others.
   void ShowFailedStep() {
-    if (mStep != nullptr) mTranscript.Step(mStep->text, mBench.View());
+    if (mPlaying && mPlayer.Step() != nullptr) {
+      mTranscript.Step(mPlayer.Step()->text, mBench.View());
+    }
   }
 
+  int Steps() const { return mSteps; }
+
  private:
-  const SScenario& mScenario;
+  CPlayer mPlayer;
   const CBench& mBench;
   CCharger& mCharger;
   CTranscript& mTranscript;
-  const SStep* mStep = nullptr;
-  bool mEnding = false;
+  bool mPlaying = false;
+  int mSteps = 0;
 };
 
 int RunScenario(const SRunOptions& options, const SScenario& scenario) {
@@ -84,7 +93,7 @@ int RunScenario(const SRunOptions& options, const SScenario& scenario) {
   }
   CRun run(scenario, bench, charger, transcript);
   try {
-    run.Execute();
+    run.Execute(interrupt);
   } catch (const CCannotRun& cannot) {
     fmt::print(stderr, "virtual-charger: {}\n", cannot.what());
     return Status(EExit::CannotRun);
@@ -98,7 +107,7 @@ int RunScenario(const SRunOptions& options, const SScenario& scenario) {
     transcript.Failure("the daemon's last lines:", lines.empty() ? "(none)" : lines);
     return Status(EExit::Failed);
   }
-  transcript.Line(fmt::format("{} steps, all as expected\n", scenario.steps.size()));
+  transcript.Line(fmt::format("{} steps, all as expected\n", run.Steps()));
   return Status(EExit::AsExpected);
 }
 

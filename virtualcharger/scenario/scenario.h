@@ -11,6 +11,8 @@ struct SStep {
   int line;  // from 1
   std::string text;
   StepAction action;
+  int rounds = 0;           // above 0: the steps up to the matching end are done so often
+  bool endsRepeat = false;  // every repeat has its end
 };
 
 struct SScenario {

@@ -3,187 +3,17 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 
-#include "platform/ipc/feedback.pb.h"
 #include "utils/words.h"
+#include "virtualcharger/scenario/changesteps.h"
 #include "virtualcharger/scenario/expectsteps.h"
-#include "virtualcharger/scenario/names.h"
 
 namespace {
-
-using std::chrono::milliseconds;
-
-constexpr milliseconds kDefaultDelay{500};
-constexpr auto kAll = "all";
-
-constexpr double kBrightest = 1'000'000;  // lux
-
-bool IsNumber(std::string_view word) {
-  return !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char letter) {
-    return std::isdigit(letter) != 0;
-  });
-}
-
-// A step that needs a verdict ends with "rejected" where that is expected.
-bool ParseAccepted(CArguments& arguments) {
-  const bool rejected = arguments.Take("rejected");
-  arguments.End();
-  return !rejected;
-}
-
-template <ERequest Asked>
-StepAction ParseRequest(CArguments& arguments) {
-  const bool accepted = ParseAccepted(arguments);
-  return [=](ICharger& charger) {
-    charger.Request(Asked, accepted);
-    return std::string();
-  };
-}
-
-StepAction ParseTrigger(CArguments& arguments, int event) {
-  const bool accepted = ParseAccepted(arguments);
-  return [=](ICharger& charger) {
-    charger.Trigger(event, accepted);
-    return std::string();
-  };
-}
-
-StepAction ParseCard(CArguments& arguments) {
-  static constexpr ipc::EFbEventType events[]{
-      ipc::EFbEventTypeAuthSuccess, ipc::EFbEventTypeAuthFailure, ipc::EFbEventTypeTagSwipe};
-  const auto choice =
-      arguments.Choice("what happens to the card", {"accepted", "refused", "swiped"});
-  return ParseTrigger(arguments, events[choice]);
-}
-
-StepAction ParseIdentify(CArguments& arguments) {
-  return ParseTrigger(arguments, ipc::EFbEventTypeIdentify);
-}
-
-StepAction ParseConnector(CArguments& arguments) {
-  const auto& states = ConnectorStates();
-  const int state = IsNumber(arguments.Peek())
-                        ? arguments.Number("a connector state", 0, 1'000'000)
-                        : states.numbers[arguments.Choice("a connector state", states.names)];
-  arguments.End();
-  return [=](ICharger& charger) { return charger.SetConnector(state); };
-}
-
-StepAction ParseError(CArguments& arguments) {
-  const auto& errors = Errors();
-  const int identifier = IsNumber(arguments.Peek())
-                             ? arguments.Number("an error", kFirstError, kLastError)
-                             : errors.numbers[arguments.Choice("an error", errors.names)];
-  const bool on = arguments.Choice("\"on\" or \"off\"", {"on", "off"}) == 0;
-  arguments.End();
-  return [=](ICharger& charger) { return charger.SetError(identifier, on); };
-}
-
-StepAction ParseLight(CArguments& arguments) {
-  const double lux = arguments.Decimal("an illuminance in lux", 0, kBrightest);
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetLight(lux);
-    return std::string();
-  };
-}
-
-std::string ParseKey(CArguments& arguments) {
-  return StoreKeys()[arguments.Choice("a key of the store", StoreKeys())];
-}
-
-Json::Value ValueOf(const std::string& word) {
-  if (word == "true" || word == "false") return word == "true";
-  const auto number = ParseNumber<int>(word);
-  return number ? Json::Value(*number) : Json::Value(word);
-}
-
-StepAction ParseSet(CArguments& arguments) {
-  const auto key = ParseKey(arguments);
-  const auto value = ValueOf(arguments.Word("the new value"));
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetStored(key, value);
-    return std::string();
-  };
-}
-
-StepAction ParseUnset(CArguments& arguments) {
-  const auto key = ParseKey(arguments);
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetStored(key, Json::Value());
-    return std::string();
-  };
-}
-
-StepAction ParseMeter(CArguments& arguments) {
-  const bool accepts = arguments.Choice("\"accepts\" or \"refuses\"", {"accepts", "refuses"}) == 0;
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetMeter(accepts);
-    return std::string();
-  };
-}
 
 StepAction ParseMark(CArguments& arguments) {
   arguments.End();
   return [](ICharger& charger) {
     charger.Mark();
-    return std::string();
-  };
-}
-
-template <EProcessAction Action>
-StepAction ParseControl(CArguments& arguments) {
-  const auto process = ProcessNames()[arguments.Choice("a process", ProcessNames())];
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.Control(Action, process);
-    return std::string();
-  };
-}
-
-StepAction ParseInterrupt(CArguments& arguments) {
-  arguments.Choice("the daemon", {"daemon"});
-  arguments.End();
-  return [](ICharger& charger) {
-    charger.Control(EProcessAction::Stop, "daemon");
-    return std::string();
-  };
-}
-
-// A choice of which "all" becomes the empty name.
-std::string ParsePlace(CArguments& arguments, std::string_view expected,
-                       const std::vector<std::string>& names) {
-  return arguments.Take(kAll) ? std::string() : names[arguments.Choice(expected, names)];
-}
-
-StepAction ParseFault(CArguments& arguments) {
-  const auto device = ParsePlace(arguments, "a device (or \"all\")", Devices());
-  const auto attribute = ParsePlace(arguments, "an attribute (or \"all\")", AttributesOf(device));
-  const auto name = FaultNames()[arguments.Choice("a fault", FaultNames())];
-  auto fault = FaultNamed(name).value();
-  fault.delay = kDefaultDelay;
-  fault.text = "garbage";
-  const bool more = !arguments.Peek().empty() && arguments.Peek() != "times";
-  if (name == "slow" && more) fault.delay = arguments.Time();
-  if (name == "garbage" && more) fault.text = arguments.Word("the text that reads give");
-  if (arguments.Take("times")) {
-    fault.writes = static_cast<unsigned>(arguments.Number("a number of writes", 1, 1'000'000));
-  }
-  arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetFault(device, attribute, fault);
-    return std::string();
-  };
-}
-
-StepAction ParseHeal(CArguments& arguments) {
-  arguments.End();
-  return [](ICharger& charger) {
-    charger.Heal();
     return std::string();
   };
 }
@@ -200,6 +30,17 @@ StepAction ParseWait(CArguments& arguments) {
 StepAction ParseSay(CArguments& arguments) {
   while (!arguments.Peek().empty()) arguments.Word("");
   return [](ICharger&) { return std::string(); };
+}
+
+// Where the way goes on is the player's matter.
+StepAction ParseEnd(CArguments& arguments) {
+  arguments.End();
+  return ParseSay(arguments);
+}
+
+StepAction ParseRepeat(CArguments& arguments) {
+  arguments.Number("a number of rounds", 1, 10'000);
+  return ParseEnd(arguments);
 }
 
 bool Begins(const std::vector<std::string>& words, std::string_view kind) {
@@ -311,6 +152,12 @@ const std::vector<SStepKind>& StepKinds() {
       {"heal", "heal",
        "no faults any more",
        "heal", &ParseHeal},
+      {"repeat", "repeat N",
+       "the steps up to the matching \"end\" are done N times",
+       "repeat 3", &ParseRepeat},
+      {"end", "end",
+       "the end of what is repeated",
+       "end", &ParseEnd},
       {"wait", "wait TIME",
        "time to look at the lamp; expectations need none",
        "wait 300ms", &ParseWait},

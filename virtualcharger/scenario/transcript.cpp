@@ -93,7 +93,8 @@ std::string CutTo(std::size_t width, const std::string& text) {
 
 // Steps that change nothing themselves.
 bool OnlyLooks(const std::string& step) {
-  return step.starts_with(kExpect) || step.starts_with("wait ") || step == "mark";
+  return step.starts_with(kExpect) || step.starts_with("wait ") || step.starts_with("repeat ") ||
+         step == "mark" || step == "end";
 }
 
 }  // namespace

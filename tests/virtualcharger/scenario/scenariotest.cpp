@@ -2,10 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <vector>
 
 #include "tests/support/temporarydirectory.h"
 #include "tests/virtualcharger/scenario/recordingcharger.h"
-#include "virtualcharger/scenario/scenario.h"
+#include "virtualcharger/scenario/player.h"
 
 namespace {
 
@@ -30,6 +31,47 @@ TEST(AScenario, TellsEveryBadLineWithItsPlace) {
   EXPECT_THAT(scenario.errors, ElementsAre(HasSubstr("a/b.scenario:1: \"mrak\""),
                                            HasSubstr("a/b.scenario:3: a quoted text"),
                                            HasSubstr("a/b.scenario:4: \"5\" is not a time")));
+}
+
+// What is done and where, for each step.
+std::vector<std::string> Played(const SScenario& scenario) {
+  RecordingCharger charger;
+  CPlayer player(scenario, charger);
+  std::vector<std::string> done;
+  while (const auto* step = player.Step()) {
+    done.push_back(step->text + ": " + player.Round());
+    if (const auto note = player.Do(); note != "noted") done.back() += " -> " + note;
+  }
+  return done;
+}
+
+TEST(AScenario, RepeatsStepsInRounds) {
+  const auto scenario =
+      ParseScenario("x", "repeat 2\nmark\nrepeat 2\nheal\nend\nend\nrepeat 1\nend");
+  ASSERT_THAT(scenario.errors, IsEmpty());
+  const std::vector<std::string> inner{
+      "repeat 2: round {0} of 2 -> round {0} of 2, round 1 of 2",
+      "heal: round {0} of 2, round 1 of 2 -> ",
+      "end: round {0} of 2, round 1 of 2 -> round {0} of 2, round 2 of 2",
+      "heal: round {0} of 2, round 2 of 2 -> ", "end: round {0} of 2, round 2 of 2 -> "};
+  std::vector<std::string> expected{"repeat 2:  -> round 1 of 2", "mark: round 1 of 2 -> "};
+  for (const auto& line : inner) expected.push_back(fmt::format(fmt::runtime(line), 1));
+  expected.insert(expected.end(), {"end: round 1 of 2 -> round 2 of 2", "mark: round 2 of 2 -> "});
+  for (const auto& line : inner) expected.push_back(fmt::format(fmt::runtime(line), 2));
+  expected.insert(expected.end(),
+                  {"end: round 2 of 2 -> ", "repeat 1:  -> round 1 of 1", "end: round 1 of 1 -> "});
+  EXPECT_EQ(Played(scenario), expected);
+}
+
+TEST(AScenario, WantsAnEndForEachRepeatAndNotTooManyInOneAnother) {
+  const auto errors = ParseScenario("x", "end\nrepeat 2\nmark\nrepeat 0\n").errors;
+  EXPECT_THAT(errors, ElementsAre(HasSubstr("x:1: there is no \"repeat\""),
+                                  HasSubstr("x:4: \"0\" is not a number of rounds"),
+                                  HasSubstr("x:2: \"repeat\" without its \"end\"")));
+  std::string deep;
+  for (int depth = 0; depth < 5; ++depth) deep += "repeat 2\n";
+  for (int depth = 0; depth < 5; ++depth) deep += "end\n";
+  EXPECT_THAT(ParseScenario("x", deep).errors, ElementsAre(HasSubstr("x:5: more than 4 repeats")));
 }
 
 TEST(AScenarioFile, MustBeThereAndHaveSteps) {
