@@ -2,6 +2,7 @@
 # gRPC's own package file pulls in all of gRPC's targets; only the unsecured variant is linked.
 
 find_package(Threads REQUIRED)
+find_package(Boost REQUIRED)
 find_package(Protobuf REQUIRED)
 find_package(gRPC CONFIG REQUIRED)
 find_package(jsoncpp CONFIG REQUIRED)
