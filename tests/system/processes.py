@@ -2,6 +2,7 @@
 test's own. Charger needs neither FUSE nor namespaces: without LED devices the daemon still talks.
 Stage has the hardware too, and skips the test where it cannot."""
 
+import concurrent.futures
 import json
 import os
 import pathlib
@@ -57,7 +58,8 @@ class Charger:
             child.kill()
             child.wait()
             child.stdin.close()
-            child.stdout.close()
+            if child.stdout:
+                child.stdout.close()
         shutil.rmtree(self.root)
 
     def daemon(self, *options, **arguments):
@@ -108,8 +110,8 @@ class Charger:
 
     def _start(self, command, **arguments):
         child = subprocess.Popen(
-            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-            text=True, **arguments)
+            command, stderr=subprocess.STDOUT, text=True,
+            **{"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, **arguments})
         self._children.append(child)
         return child
 
@@ -178,3 +180,27 @@ class Stage:
         self._play.communicate()
         shutil.rmtree(self._folder)
         shutil.rmtree(self.root, ignore_errors=True)
+
+
+def raw_service(charger, name, streams=None, replies=None):
+    """A service that says these bytes: on each stream a list of messages, to each request one. It
+    goes on until it is stopped."""
+    def stream(messages):
+        def handler(requests, _):
+            yield from messages
+            for _ in requests:
+                pass
+        return grpc.stream_stream_rpc_method_handler(handler)
+
+    def reply(message):
+        return grpc.unary_unary_rpc_method_handler(lambda request, _: message)
+
+    methods = {method: stream(messages) for method, messages in (streams or {}).items()}
+    methods |= {method: reply(message) for method, message in (replies or {}).items()}
+    server = grpc.server(concurrent.futures.ThreadPoolExecutor())
+    server.add_generic_rpc_handlers(
+        [grpc.method_handlers_generic_handler(f"ipc.{name.rstrip('1')}", methods)])
+    charger.sockets.mkdir(exist_ok=True)
+    server.add_insecure_port(f"unix:{charger.socket(name)}")
+    server.start()
+    return server
