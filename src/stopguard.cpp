@@ -17,7 +17,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Sanitizers slow everything down, and look for leaks only at an orderly end.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr auto kTimeForTheOrderlyEnd = 4000ms;
+#else
 constexpr auto kTimeForTheOrderlyEnd = 700ms;
+#endif
 constexpr auto kTimeForTheFarewell = 150ms;
 
 struct Guard {
@@ -47,7 +52,7 @@ std::future<void> Begin(std::function<void()> function) {
     TheGuard().hasStruck = true;
     farewell = TheGuard().farewell;
   }
-  LOG(Warning, "A device does not answer; the process ends without waiting for it");
+  LOG(Warning, "The orderly end takes too long, as when a device does not answer; ending without it");
   const auto end = std::chrono::steady_clock::now() + kTimeForTheFarewell;
   const auto silence = Begin(SwitchToneOff);
   if (farewell) {
