@@ -52,7 +52,8 @@ std::future<void> Begin(std::function<void()> function) {
     TheGuard().hasStruck = true;
     farewell = TheGuard().farewell;
   }
-  LOG(Warning, "The orderly end takes too long, as when a device does not answer; ending without it");
+  LOG(Warning,
+      "The orderly end takes too long, as when a device does not answer; ending without it");
   const auto end = std::chrono::steady_clock::now() + kTimeForTheFarewell;
   const auto silence = Begin(SwitchToneOff);
   if (farewell) {
