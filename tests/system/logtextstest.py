@@ -128,7 +128,7 @@ connector charging
 connector 42
 card accepted
 connector available
-expect log debug "Active event reset"
+expect lamp green on
 mark
 card swiped
 expect written nothing
@@ -176,7 +176,6 @@ connector available
 expect log error "145)"
 card swiped
 expect log error "135)"
-set InstallationComplete 5
 set HmiLedIntensityManual bright
 set HmiLedIntensityMode fixed
 expect state fatal-error
