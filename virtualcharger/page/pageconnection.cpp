@@ -64,7 +64,7 @@ void CPageConnection::AnswerRequest() {
   const auto& request = mParser.get();
   const auto verdict = CheckRequest(Describe(request), mPort);
   if (verdict.status == 200) return RespondWithFile(View(request.target()));
-  if (verdict.status != 101) return Respond(verdict.status, "text/plain", verdict.text);
+  if (verdict.status != 101) return Respond(verdict.status, "text/plain", verdict.text + "\n");
   if (mAudience.IsFull()) {
     const auto limit = std::to_string(CPageServer::kMostClients);
     return Respond(503, "text/plain", "There are " + limit + " pages open; close one of them.");

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <random>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "tests/virtualcharger/page/browser.h"
+#include "tests/virtualcharger/page/inbox.h"
 #include "virtualcharger/page/pagefiles.h"
 #include "virtualcharger/page/pageserver.h"
 
@@ -19,40 +19,6 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using EWaiting = CPageServer::EWaiting;
-
-// Keeps what the server brings for the test's thread.
-class CInbox : public IPageHandler {
- public:
-  struct SEntry {
-    ClientId client;
-    bool mayWrite;
-    std::string type;
-  };
-
-  void OnHello(ClientId client, bool mayWrite) override { Push({client, mayWrite, "hello"}); }
-  void OnMessage(ClientId client, const Json::Value& message) override {
-    Push({client, true, message["type"].asString()});
-  }
-
-  SEntry Next() {
-    std::unique_lock lock(mMutex);
-    mArrived.wait(lock, [this] { return !mEntries.empty(); });
-    auto entry = mEntries.front();
-    mEntries.pop_front();
-    return entry;
-  }
-
- private:
-  void Push(const SEntry& entry) {
-    const std::lock_guard lock(mMutex);
-    mEntries.push_back(entry);
-    mArrived.notify_one();
-  }
-
-  std::mutex mMutex;
-  std::condition_variable mArrived;
-  std::deque<SEntry> mEntries;
-};
 
 class APageServer : public ::testing::Test {
  protected:
