@@ -7,46 +7,42 @@
 #include <array>
 #include <sstream>
 
-namespace {
+#include "utils/words.h"
 
-struct COption {
-  std::string_view name;
-  std::string_view value;  // its name; empty where the option has none
-  std::string_view meaning;
-};
+namespace {
 
 constexpr auto kOptions = std::to_array<COption>({
     {"--root", "PATH", "the daemon's root directory, which holds etc/ovra.json (default: /)"},
     {"--instance", "N", "the connector, or 0 for the whole charger (default: 0)"},
+    {"--for", "TIME", "end after this time, such as 10s or 500ms"},
     {"--json", "", "for scripts: JSON"},
     {"--force", "", "also keys that the daemon does not know"},
     {"--help", "", "this text; behind a command, more about that command"},
 });
 constexpr auto kEverywhere = std::to_array<std::string_view>({"--root", "--help"});
 
-const COption& FindOption(std::string_view name) {
-  const auto* const found = std::ranges::find(kOptions, name, &COption::name);
-  if (found == kOptions.end()) {
-    throw CUsageError(fmt::format("\"{}\" is not an option", name));
+template <typename Named>
+const Named& Find(std::span<const Named> all, std::string_view name, std::string_view what) {
+  const auto found = std::ranges::find(all, name, &Named::name);
+  if (found == all.end()) {
+    std::vector<std::string> names;
+    for (const auto& each : all) {
+      names.emplace_back(each.name);
+    }
+    const auto hint = Hint(name, names);
+    throw CUsageError(
+        fmt::format("\"{}\" is not {}{}", name, what,
+                    hint.empty() ? fmt::format("; expected {}", fmt::join(names, ", ")) : hint));
   }
   return *found;
+}
+
+const COption& FindOption(std::string_view name) {
+  return Find(Options(), name, "an option");
 }
 
 const CCommand& FindCommand(std::string_view name) {
-  const auto commands = Commands();
-  const auto found = std::ranges::find(commands, name, &CCommand::name);
-  if (found == commands.end()) {
-    std::vector<std::string_view> names;
-    std::ranges::transform(commands, std::back_inserter(names), &CCommand::name);
-    throw CUsageError(
-        fmt::format("\"{}\" is not a command; commands are {}", name, fmt::join(names, ", ")));
-  }
-  return *found;
-}
-
-std::vector<std::string> ArgumentNames(const CCommand& command) {
-  std::istringstream words{std::string(command.arguments)};
-  return {std::istream_iterator<std::string>(words), {}};
+  return Find(Commands(), name, "a command");
 }
 
 std::string ValueOf(const COption& option) {
@@ -90,10 +86,8 @@ std::string HelpText() {
 }
 
 std::string HelpText(const CCommand& command) {
-  std::vector<std::string_view> options(command.options);
-  options.insert(options.end(), kEverywhere.begin(), kEverywhere.end());
   return fmt::format("usage: feedbackctl {}\n\n{}.\n\noptions:\n{}\n{}", Synopsis(command),
-                     command.summary, OptionLines(options), command.details());
+                     command.summary, OptionLines(OptionsOf(command)), command.details());
 }
 
 // The options may stand anywhere. A word that begins with one dash is a value, such as a number.
@@ -129,12 +123,12 @@ CInvocation Read(const std::vector<std::string>& words) {
 void Check(const CInvocation& invocation) {
   const CCommand& command = *invocation.command;
   for (const auto& [name, value] : invocation.options) {
-    if (std::ranges::find(kEverywhere, name) == kEverywhere.end() &&
-        std::ranges::find(command.options, name) == command.options.end()) {
+    const auto options = OptionsOf(command);
+    if (std::ranges::find(options, name) == options.end()) {
       throw CUsageError(fmt::format("{} is not an option of \"{}\"", name, command.name));
     }
   }
-  const auto names = ArgumentNames(command);
+  const auto names = ArgumentsOf(command);
   const auto count = invocation.arguments.size();
   if (count > names.size()) {
     throw CUsageError(fmt::format("\"{}\" is too much", invocation.arguments[names.size()]));
@@ -157,6 +151,21 @@ int Run(const CInvocation& invocation, const CTool& tool) {
 }
 
 }  // namespace
+
+std::span<const COption> Options() {
+  return kOptions;
+}
+
+std::vector<std::string_view> OptionsOf(const CCommand& command) {
+  std::vector<std::string_view> options(command.options);
+  options.insert(options.end(), kEverywhere.begin(), kEverywhere.end());
+  return options;
+}
+
+std::vector<std::string> ArgumentsOf(const CCommand& command) {
+  std::istringstream words{std::string(command.arguments)};
+  return {std::istream_iterator<std::string>(words), {}};
+}
 
 std::string CInvocation::Option(std::string_view option, std::string_view defaultValue) const {
   const auto found = options.find(option);

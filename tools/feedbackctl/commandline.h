@@ -23,6 +23,10 @@ struct CTool {
   // Waits that long at most; true when the user wants an end. Called before a command that waits
   // for it starts any thread.
   std::function<bool(std::chrono::milliseconds)> isInterrupted;
+  // The width of the terminal that the output goes to; 0 where it is none, or one that cannot move
+  // its cursor.
+  std::function<int()> columns = [] { return 0; };
+  bool hasColours = false;
 };
 
 struct CCommand;
@@ -58,6 +62,21 @@ class CUsageError : public std::runtime_error {
 };
 
 std::span<const CCommand> Commands();
+
+struct COption {
+  std::string_view name;
+  std::string_view value;  // its name; empty where the option has none
+  std::string_view meaning;
+};
+
+// Of all commands.
+std::span<const COption> Options();
+
+// A command's own and those of every command.
+std::vector<std::string_view> OptionsOf(const CCommand& command);
+
+// The names of a command's arguments, with the brackets of those that may be left out.
+std::vector<std::string> ArgumentsOf(const CCommand& command);
 
 // Runs the command that the arguments (without the program's name) ask for, and tells what went
 // wrong and what to do about it. Returns the exit status.

@@ -5,6 +5,8 @@
 
 int RunStatus(const CInvocation& invocation, const CTool& tool);
 int RunWatch(const CInvocation& invocation, const CTool& tool);
+int RunLamp(const CInvocation& invocation, const CTool& tool);
+int RunDoctor(const CInvocation& invocation, const CTool& tool);
 int RunEnable(const CInvocation& invocation, const CTool& tool);
 int RunDisable(const CInvocation& invocation, const CTool& tool);
 int RunTrigger(const CInvocation& invocation, const CTool& tool);
@@ -13,3 +15,4 @@ int RunGet(const CInvocation& invocation, const CTool& tool);
 int RunSet(const CInvocation& invocation, const CTool& tool);
 int RunSignals(const CInvocation& invocation, const CTool& tool);
 int RunCheckConfig(const CInvocation& invocation, const CTool& tool);
+int RunCompletion(const CInvocation& invocation, const CTool& tool);

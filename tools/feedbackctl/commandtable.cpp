@@ -19,13 +19,44 @@ example:
 }
 
 std::string WatchDetails() {
-  return R"(One line for each state report and alive message and each change of what the lamp shows, until
-Ctrl-C. It may be started before the daemon, and goes on when the daemon comes back. A line of
---json is an object with "time" (UTC), "kind" (state, alive or lamp) and "value".
+  return R"(What changes: the daemon's coming and going, its state, the lamp and the buzzer as diagnostics knows
+them, until Ctrl-C. It may be started before the daemon, and follows it when it comes back. Lamp,
+buzzer and light are asked for four times a second, because diagnostics tells nobody when they
+change: what lasts less may be missed.
+
+On a terminal the present values stay in a block at the end, with alive messages counted and the
+light. Elsewhere, or where TERM is "dumb", there is one line a change. NO_COLOR in the environment
+takes the colours out. A line of --json is an object with "time" (UTC), "kind" (daemon, state, lamp,
+buzzer, light or alive) and "value".
 
 examples:
   feedbackctl watch
+  feedbackctl watch --for 10s
   feedbackctl watch --json | jq 'select(.kind == "lamp").value'
+)";
+}
+
+std::string LampDetails() {
+  return R"(What the daemon reported last about its lamp, and what asks for which light: a feedback event goes
+before the oldest error, that before the disabled lamp, and that before the connector's state. The
+one that wins is marked. Where the report is something else, a note says what may have happened:
+the daemon hears errors only while it is Enabled, and the connector's state "changing" leaves the
+lamp as it is. Exit status 1 when diagnostics does not answer.
+
+examples:
+  feedbackctl lamp
+  feedbackctl lamp --json | jq .winner
+)";
+}
+
+std::string DoctorDetails() {
+  return R"(Looks at the store, the sockets and who answers, the daemon's state and log level, and the files of
+lamp, light sensor and buzzer as the daemon sees them. One line a check: ok, warning or failed, and
+what to do. Exit status 1 when one failed.
+
+examples:
+  feedbackctl doctor
+  feedbackctl doctor --json | jq '.[] | select(.verdict != "ok")'
 )";
 }
 
@@ -58,7 +89,7 @@ examples:
   feedbackctl trigger identify
   feedbackctl trigger auth-failure --instance 1
 )",
-      fmt::join(kFeedbackEvents, ", "));
+      fmt::join(KnownWords("EVENT"), ", "));
 }
 
 std::string LogLevelDetails() {
@@ -69,7 +100,7 @@ examples:
   feedbackctl log-level
   feedbackctl log-level debug
 )",
-                     fmt::join(kLogLevels, ", "));
+                     fmt::join(KnownWords("LEVEL"), ", "));
 }
 
 std::string GetDetails() {
@@ -93,11 +124,23 @@ std::string SetDetails() {
 }
 
 std::string SignalsDetails() {
-  return R"(All diagnostics signals of the charger, with type, default, unit and category.
+  return R"(The diagnostics signals of the charger, with type, default, unit and category; or the one that SIGNAL
+names or numbers.
 
 examples:
   feedbackctl signals | grep -i lamp
+  feedbackctl signals ChargeControlCpLowError
   feedbackctl signals --json | jq '.[] | select(.identifier == 1004)'
+)";
+}
+
+std::string CompletionDetails() {
+  return R"(A script that completes commands, options, settings, events, log levels and signals. SHELL is bash
+or zsh. An installed feedbackctl brings it along; this is for a built one.
+
+examples:
+  source <(feedbackctl completion bash)
+  feedbackctl completion zsh > _feedbackctl
 )";
 }
 
@@ -114,16 +157,19 @@ std::string CheckConfigDetails() {
 std::span<const CCommand> Commands() {
   // clang-format off
   static const auto commands = std::to_array<CCommand>({
-      {"status",       "",          {},             "Show the daemon's state and which services answer",     &StatusDetails,      &RunStatus},
-      {"watch",        "",          {"--json"},     "Print states, alive messages and the lamp's changes",   &WatchDetails,       &RunWatch},
-      {"enable",       "",          {},             "Enable the daemon",                                     &EnableDetails,      &RunEnable},
-      {"disable",      "",          {},             "Disable the daemon",                                    &DisableDetails,     &RunDisable},
-      {"trigger",      "EVENT",     {"--instance"}, "Ask for a feedback event",                              &TriggerDetails,     &RunTrigger},
-      {"log-level",    "[LEVEL]",   {},             "Show or set the daemon's log level",                    &LogLevelDetails,    &RunLogLevel},
-      {"get",          "[KEY]",     {},             "Show settings",                                         &GetDetails,         &RunGet},
-      {"set",          "KEY VALUE", {"--force"},    "Change a setting",                                      &SetDetails,         &RunSet},
-      {"signals",      "",          {"--json"},     "List the charger's diagnostics signals",                &SignalsDetails,     &RunSignals},
-      {"check-config", "FILE",      {},             "Check a store",                                         &CheckConfigDetails, &RunCheckConfig},
+      {"status",       "",          {"--json"},          "Show the daemon's state and which services answer",     &StatusDetails,      &RunStatus},
+      {"watch",        "",          {"--for", "--json"}, "Follow the daemon, its lamp and its buzzer",            &WatchDetails,       &RunWatch},
+      {"lamp",         "",          {"--json"},          "Explain what the lamp shows",                           &LampDetails,        &RunLamp},
+      {"doctor",       "",          {"--json"},          "Check everything that the daemon needs",                &DoctorDetails,      &RunDoctor},
+      {"enable",       "",          {},                  "Enable the daemon",                                     &EnableDetails,      &RunEnable},
+      {"disable",      "",          {},                  "Disable the daemon",                                    &DisableDetails,     &RunDisable},
+      {"trigger",      "EVENT",     {"--instance"},      "Ask for a feedback event",                              &TriggerDetails,     &RunTrigger},
+      {"log-level",    "[LEVEL]",   {},                  "Show or set the daemon's log level",                    &LogLevelDetails,    &RunLogLevel},
+      {"get",          "[KEY]",     {},                  "Show settings",                                         &GetDetails,         &RunGet},
+      {"set",          "KEY VALUE", {"--force"},         "Change a setting",                                      &SetDetails,         &RunSet},
+      {"signals",      "[SIGNAL]",  {"--json"},          "List the charger's diagnostics signals",                &SignalsDetails,     &RunSignals},
+      {"check-config", "FILE",      {},                  "Check a store",                                         &CheckConfigDetails, &RunCheckConfig},
+      {"completion",   "SHELL",     {},                  "Print a script for the shell's completion",             &CompletionDetails,  &RunCompletion},
   });
   // clang-format on
   return commands;

@@ -1,11 +1,16 @@
 // Command-line control over the daemon's local services.
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <iostream>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/rpc/grpcbackend.h"
@@ -54,12 +59,32 @@ bool IsInterrupted(std::chrono::milliseconds patience) {
   return sigtimedwait(&signals, nullptr, &limit) > 0;
 }
 
+bool IsSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+bool IsDumb() {
+  const char* terminal = std::getenv("TERM");
+  return terminal == nullptr || terminal == std::string_view("dumb");
+}
+
+int Columns() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 }  // namespace
 
 int main(int argumentCount, char* arguments[]) {
   // Who closes the pipe that is written to wants an end, with a message and not by a signal.
   std::signal(SIGPIPE, SIG_IGN);
   GrpcBackend::SetLogger(std::make_shared<CWarnings>());
-  return RunTool({arguments + 1, arguments + argumentCount},
-                 {std::cout, std::cerr, &IsInterrupted});
+  const bool isTerminal = isatty(STDOUT_FILENO) != 0 && !IsDumb();
+  CTool tool{std::cout, std::cerr, &IsInterrupted};
+  if (isTerminal) {
+    tool.columns = &Columns;
+    tool.hasColours = !IsSet("NO_COLOR");
+  }
+  return RunTool({arguments + 1, arguments + argumentCount}, tool);
 }

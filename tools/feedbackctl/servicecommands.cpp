@@ -1,13 +1,8 @@
 #include <fmt/format.h>
-#include <fmt/ranges.h>
+#include <json/json.h>
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <future>
-#include <map>
+#include <optional>
 
-#include "platform/rpc/bordercheck.h"
 #include "platform/rpc/communicationexception.h"
 #include "platform/rpc/interfaces/diagnostics.h"
 #include "platform/rpc/interfaces/feedback.h"
@@ -15,37 +10,18 @@
 #include "platform/rpc/interfaces/logconfig.h"
 #include "tools/feedbackctl/commands.h"
 #include "tools/feedbackctl/services.h"
+#include "tools/feedbackctl/settingtext.h"
 #include "tools/feedbackctl/words.h"
 #include "utils/controltext.h"
+#include "utils/signalcatalogue.h"
 
 namespace {
 
 constexpr auto kStateLimit = std::chrono::seconds(2);
 
-constexpr auto kServices =
-    std::to_array<const char*>({kControlService, kLogService, kFeedbackService, kDiagnosticsService,
-                                "SessionManager", "Meter1"});
-
-std::size_t Choice(const std::string& word, std::string_view what,
-                   std::span<const std::string_view> known) {
-  const auto found = std::ranges::find(known, word);
-  if (found == known.end()) {
-    throw CUsageError(
-        fmt::format("\"{}\" is not {}; expected {}", word, what, fmt::join(known, ", ")));
-  }
-  return static_cast<std::size_t>(found - known.begin());
-}
-
 ipc::EInstanceType Instance(const CInvocation& invocation) {
-  const std::string word = invocation.Option("--instance", "0");
-  int number = 0;
-  const char* end = word.data() + word.size();
-  const auto [stopped, error] = std::from_chars(word.data(), end, number);
-  if (error != std::errc() || stopped != end || number < 0 || number > Rpc::kConnectorCount) {
-    throw CUsageError(fmt::format("--instance: \"{}\" is not 0 (the whole charger) to {}", word,
-                                  Rpc::kConnectorCount));
-  }
-  return static_cast<ipc::EInstanceType>(number);
+  return static_cast<ipc::EInstanceType>(
+      Choice(invocation.Option("--instance", "0"), "a connector", "N"));
 }
 
 int TellVerdict(const ipc::MResult& result, const CTool& tool) {
@@ -60,55 +36,59 @@ int TellVerdict(const ipc::MResult& result, const CTool& tool) {
 }
 
 std::string LogText(const ipc::MLogConfig& config) {
-  return fmt::format("{}, console {}", kLogLevels.at(static_cast<std::size_t>(config.level())),
+  return fmt::format("{}, console {}",
+                     KnownWords("LEVEL").at(static_cast<std::size_t>(config.level())),
                      config.console() ? "on" : "off");
-}
-
-// All at once: each that hangs takes its time.
-std::map<std::string, std::string> ReasonsForSilence(const CServices& services) {
-  std::map<std::string, std::future<std::string>> probes;
-  for (const auto* service : kServices) {
-    probes[service] = std::async(std::launch::async,
-                                 [&services, service] { return services.WhyNoAnswer(service); });
-  }
-  std::map<std::string, std::string> reasons;
-  for (auto& [service, probe] : probes) {
-    reasons[service] = probe.get();
-  }
-  return reasons;
 }
 
 }  // namespace
 
 int RunStatus(const CInvocation& invocation, const CTool& tool) {
   CServices services(invocation);
-  const auto reasons = ReasonsForSilence(services);
+  const auto reasons = services.ReasonsForSilence();
+  const bool wantsJson = invocation.Has("--json");
+  Json::Value json;
   // A service that does not answer, or fails in the middle, costs its own line only.
-  const auto line = [&](const char* what, const char* service, const auto& text) {
+  const auto line = [&](const char* what, const char* name, const char* service, const auto& text) {
+    std::optional<std::string> known;
     std::string shown = "unknown";
     if (reasons.at(service).empty()) {
       try {
-        shown = text();
+        known = text();
+        shown = known.value_or("not reported yet");
       } catch (const Rpc::CommunicationException& error) {
         shown += fmt::format(": {}", error.what());
       }
     }
-    tool.out << fmt::format("{:<10} {}\n", what, shown);
+    json[name] = known ? Json::Value(*known) : Json::Value();
+    if (!wantsJson) {
+      tool.out << fmt::format("{:<10} {}\n", what, shown);
+    }
   };
-  line("state", kControlService, [&] {
+  line("state", "state", kControlService, [&]() -> std::optional<std::string> {
     const auto state = AwaitState(*services.Client<IGenericControl>(kControlService), kStateLimit);
-    return state ? StateToString(*state) : "not reported yet";
+    return state ? std::optional(StateToString(*state)) : std::nullopt;
   });
-  line("log level", kLogService,
-       [&] { return LogText(services.Client<ILogConfig>(kLogService)->GetLogConfig()); });
-  line("lamp", kDiagnosticsService, [&] {
-    return LampState(*services.Client<IDiagnostics>(kDiagnosticsService))
-        .value_or("not reported yet");
+  line("log level", "logLevel", kLogService, [&] {
+    return std::optional(LogText(services.Client<ILogConfig>(kLogService)->GetLogConfig()));
   });
-  tool.out << fmt::format("services in {}:\n", services.Directory());
-  for (const auto* service : kServices) {
-    const auto& reason = reasons.at(service);
-    tool.out << fmt::format("  {:<16} {}\n", service, reason.empty() ? "answers" : reason);
+  line("lamp", "lamp", kDiagnosticsService, [&]() -> std::optional<std::string> {
+    const auto lamp = LastSignal(*services.Client<IDiagnostics>(kDiagnosticsService),
+                                 Signals::LedState.identifier);
+    return lamp ? std::optional(lamp->data(0).string_value()) : std::nullopt;
+  });
+  if (wantsJson) {
+    for (const auto& [service, reason] : reasons) {
+      json["services"][service]["answers"] = reason.empty();
+      json["services"][service]["reason"] = reason;
+    }
+    tool.out << JsonText(json) << '\n';
+  } else {
+    tool.out << fmt::format("services in {}:\n", services.Directory());
+    for (const auto* service : kServices) {
+      const auto& reason = reasons.at(service);
+      tool.out << fmt::format("  {:<16} {}\n", service, reason.empty() ? "answers" : reason);
+    }
   }
   services.RequireAnswer(kControlService);
   return kDone;
@@ -126,8 +106,8 @@ int RunDisable(const CInvocation& invocation, const CTool& tool) {
 
 int RunTrigger(const CInvocation& invocation, const CTool& tool) {
   ipc::MFbEventType event;
-  event.set_event(static_cast<ipc::EFbEventType>(
-      Choice(invocation.arguments[0], "a feedback event", kFeedbackEvents)));
+  event.set_event(
+      static_cast<ipc::EFbEventType>(Choice(invocation.arguments[0], "a feedback event", "EVENT")));
   ipc::MInstanceType instance;
   instance.set_instance(Instance(invocation));
   CServices services(invocation);
@@ -138,7 +118,7 @@ int RunTrigger(const CInvocation& invocation, const CTool& tool) {
 int RunLogLevel(const CInvocation& invocation, const CTool& tool) {
   ipc::MLogConfig wanted;
   for (const auto& level : invocation.arguments) {
-    wanted.set_level(static_cast<ipc::ELogLevel>(Choice(level, "a log level", kLogLevels)));
+    wanted.set_level(static_cast<ipc::ELogLevel>(Choice(level, "a log level", "LEVEL")));
   }
   CServices services(invocation);
   const auto log = services.Daemon<ILogConfig>(kLogService);

@@ -12,7 +12,6 @@
 #include "platform/rpc/interfaces/diagnostics.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "tools/feedbackctl/socketprobe.h"
-#include "utils/signalcatalogue.h"
 
 namespace {
 
@@ -38,6 +37,19 @@ CServices::~CServices() {
 
 std::string CServices::WhyNoAnswer(const std::string& service) const {
   return ::WhyNoAnswer(mDirectory + "/" + service);
+}
+
+std::map<std::string, std::string> CServices::ReasonsForSilence() const {
+  std::map<std::string, std::future<std::string>> probes;
+  for (const auto* service : kServices) {
+    probes[service] =
+        std::async(std::launch::async, [this, service] { return WhyNoAnswer(service); });
+  }
+  std::map<std::string, std::string> reasons;
+  for (auto& [service, probe] : probes) {
+    reasons[service] = probe.get();
+  }
+  return reasons;
 }
 
 void CServices::RequireAnswer(const std::string& service) const {
@@ -67,17 +79,19 @@ std::optional<ipc::EState> AwaitState(IGenericControl& control, std::chrono::mil
   return state.get();
 }
 
-std::optional<std::string> LampState(IDiagnostics& diagnostics) {
+std::optional<ipc::MDiagnosticsSignal> LastSignal(IDiagnostics& diagnostics,
+                                                  ipc::ESignalIdentifier identifier,
+                                                  ipc::EInstanceType instance) {
   ipc::MDiagnosticsRequest request;
-  request.set_identifier(Signals::LedState.identifier);
-  request.mutable_instance()->set_instance(ipc::EInstanceTypeAll);
+  request.set_identifier(identifier);
+  request.mutable_instance()->set_instance(instance);
   try {
-    const ipc::MDiagnosticsSignal signal = diagnostics.ReceiveSignal(request);
-    if (signal.data(0).has_string_value()) {
-      return signal.data(0).string_value();
+    auto signal = diagnostics.ReceiveSignal(request);
+    if (!signal.data().empty()) {
+      return signal;
     }
   } catch (const Rpc::CommunicationException&) {
-    // It is not there, or has not heard of the lamp yet.
+    // It is not there, or nobody has sent the signal yet.
   }
   return std::nullopt;
 }

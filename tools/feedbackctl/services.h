@@ -1,12 +1,15 @@
 // The charger's local services as this tool uses them.
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
 
+#include "platform/ipc/diagnostics.pb.h"
 #include "platform/ipc/genericcontrol.pb.h"
 #include "platform/rpc/appcommunicationhost.h"
 #include "tools/feedbackctl/commandline.h"
@@ -19,6 +22,11 @@ inline constexpr const char* kControlService = "FeedbackGenCtrl";
 inline constexpr const char* kLogService = "FeedbackLog";
 inline constexpr const char* kFeedbackService = "Feedback";
 inline constexpr const char* kDiagnosticsService = "Diagnostics";
+inline constexpr const char* kSessionManagerService = "SessionManager";
+inline constexpr const char* kMeterService = "Meter1";
+inline constexpr auto kServices =
+    std::to_array<const char*>({kControlService, kLogService, kFeedbackService, kDiagnosticsService,
+                                kSessionManagerService, kMeterService});
 
 // Threads: one; what clients are told runs on a thread of this object, until it goes.
 class CServices {
@@ -34,6 +42,9 @@ class CServices {
 
   // Empty when the service answers, else what happened.
   std::string WhyNoAnswer(const std::string& service) const;
+
+  // Of all services, asked at once: each that hangs takes its time.
+  std::map<std::string, std::string> ReasonsForSilence() const;
 
   // For one of the daemon's own: throws std::runtime_error that tells what to do when there is no
   // answer.
@@ -61,5 +72,7 @@ class CServices {
 // The state that the process reports when it is asked; empty when it has not reported any.
 std::optional<ipc::EState> AwaitState(IGenericControl& control, std::chrono::milliseconds limit);
 
-// What the daemon reported last about its lamp; empty when diagnostics cannot say.
-std::optional<std::string> LampState(IDiagnostics& diagnostics);
+// The last value that was sent, with at least one datum; empty when diagnostics cannot say.
+std::optional<ipc::MDiagnosticsSignal> LastSignal(
+    IDiagnostics& diagnostics, ipc::ESignalIdentifier identifier,
+    ipc::EInstanceType instance = ipc::EInstanceTypeAll);

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "utils/words.h"
+
 std::string JsonText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
@@ -56,4 +58,18 @@ std::string SettingLines(std::string_view section) {
     }
   }
   return text;
+}
+
+std::vector<std::string> SettingKeys(std::string_view section) {
+  std::vector<std::string> keys;
+  for (const auto& setting : kSettings) {
+    if (setting.section == section) {
+      keys.emplace_back(setting.key);
+    }
+  }
+  return keys;
+}
+
+std::string HintOfKey(std::string_view section, std::string_view key) {
+  return Hint(key, SettingKeys(section));
 }

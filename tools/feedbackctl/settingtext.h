@@ -4,6 +4,8 @@
 #include <json/json.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "utils/settingscatalogue.h"
 
@@ -23,3 +25,8 @@ bool Fits(const CSettingDescription& setting, const Json::Value& value);
 
 // The settings of a section with what fits and their defaults, one a line.
 std::string SettingLines(std::string_view section);
+
+std::vector<std::string> SettingKeys(std::string_view section);
+
+// "; did you mean "KEY"?" for a key of the section that is mistyped, else nothing.
+std::string HintOfKey(std::string_view section, std::string_view key);

@@ -5,7 +5,9 @@
 
 #include "tools/feedbackctl/commands.h"
 #include "tools/feedbackctl/settingtext.h"
+#include "tools/feedbackctl/words.h"
 #include "utils/signalcatalogue.h"
+#include "utils/words.h"
 
 namespace {
 
@@ -26,10 +28,24 @@ Json::Value Describe(const CSignalDescription& signal) {
   return entry;
 }
 
+// All, or the one that the argument names or numbers.
+std::span<const CSignalDescription> Asked(const CInvocation& invocation) {
+  const auto signals = AllSignals();
+  if (invocation.arguments.empty()) {
+    return signals;
+  }
+  const auto& word = invocation.arguments[0];
+  const auto number = ParseNumber<int>(word);
+  const auto found =
+      number ? std::ranges::find(signals, *number, &CSignalDescription::identifier) : signals.end();
+  return found == signals.end() ? signals.subspan(Choice(word, "a signal", "SIGNAL"), 1)
+                                : std::span(found, 1);
+}
+
 }  // namespace
 
 int RunSignals(const CInvocation& invocation, const CTool& tool) {
-  const auto signals = AllSignals();
+  const auto signals = Asked(invocation);
   if (invocation.Has("--json")) {
     const char* separator = "[\n";
     for (const auto& signal : signals) {

@@ -26,6 +26,8 @@ std::string Failure(const std::string& path) {
       return "no socket " + path;
     case ECONNREFUSED:
       return "nobody listens on " + path;
+    case ENAMETOOLONG:
+      return path + " is too long for a socket's path";
     case EAGAIN:
       return path + " does not answer";
     case EPIPE:
@@ -36,19 +38,30 @@ std::string Failure(const std::string& path) {
   }
 }
 
-}  // namespace
-
-std::string WhyNoAnswer(const std::string& socketPath) {
+// Of an empty descriptor errno says why.
+CDescriptor Connect(const std::string& socketPath) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (socketPath.size() >= sizeof address.sun_path) {
-    return socketPath + " is too long for a socket's path";
+    errno = ENAMETOOLONG;
+    return CDescriptor();
   }
   socketPath.copy(address.sun_path, socketPath.size());
-
-  const CDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  CDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the socket interface wants it
-  if (connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+  if (connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    const int reason = errno;
+    connection.Reset();
+    errno = reason;
+  }
+  return connection;
+}
+
+}  // namespace
+
+std::string WhyNoAnswer(const std::string& socketPath) {
+  const CDescriptor connection = Connect(socketPath);
+  if (connection.Get() < 0 ||
       send(connection.Get(), kGreeting.data(), kGreeting.size(), MSG_NOSIGNAL) < 0) {
     return Failure(socketPath);
   }
@@ -60,4 +73,13 @@ std::string WhyNoAnswer(const std::string& socketPath) {
     errno = ECONNRESET;
   }
   return size > 0 ? "" : Failure(socketPath);
+}
+
+std::optional<Rpc::Peer> ServedBy(const std::string& socketPath) {
+  const CDescriptor connection = Connect(socketPath);
+  Rpc::Peer peer;
+  if (connection.Get() < 0 || !Rpc::IdentifyPeer(connection.Get(), peer)) {
+    return std::nullopt;
+  }
+  return peer;
 }

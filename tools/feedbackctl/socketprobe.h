@@ -1,8 +1,14 @@
-// Whether somebody serves a socket, and is awake.
+// Whether somebody serves a socket, and is awake; and who it is.
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include "platform/rpc/peercheck.h"
 
 // Greets as an HTTP/2 client does, which every gRPC server answers before any call. Empty when it
 // answers within a second, else what happened, with the path.
 std::string WhyNoAnswer(const std::string& socketPath);
+
+// The process that serves it; empty where nobody does, or the kernel does not say.
+std::optional<Rpc::Peer> ServedBy(const std::string& socketPath);

@@ -1,15 +1,12 @@
 #include <fmt/format.h>
 
 #include <stdexcept>
-#include <utility>
-#include <vector>
 
 #include "platform/kvconfig/kvconfig.h"
 #include "platform/kvconfig/storefile.h"
-#include "platform/rpc/communicationconfig.h"
-#include "platform/rpc/log.h"
 #include "tools/feedbackctl/commands.h"
 #include "tools/feedbackctl/settingtext.h"
+#include "tools/feedbackctl/storecheck.h"
 
 namespace {
 
@@ -24,9 +21,14 @@ KvConfig::StoreContent ReadGoodStore(const std::string& path) {
 }
 
 [[noreturn]] void FailForUnknown(const std::string& key, std::string_view remedy) {
+  auto hint = HintOfKey(kSection, key);
+  if (hint.empty()) {
+    hint = fmt::format("; its settings are\n{}", SettingLines(kSection));
+  } else {
+    hint += '\n';
+  }
   throw std::runtime_error(
-      fmt::format("\"{}\" is not a setting of the daemon; its settings are\n{}{}", key,
-                  SettingLines(kSection), remedy));
+      fmt::format("\"{}\" is not a setting of the daemon{}{}", key, hint, remedy));
 }
 
 std::string SettingLine(std::string_view key, const Json::Value& value) {
@@ -40,35 +42,6 @@ std::string SettingLine(std::string_view key, const Json::Value& value) {
   return fmt::format(
       "{:<21}  {}{}\n", key, ShownText(value),
       Fits(*setting, value) ? "" : fmt::format("  (does not fit: expected {})", setting->expected));
-}
-
-// Keeps what the RPC layer would log.
-class CProblems : public Rpc::ILogger {
- public:
-  void Critical(const std::string& message) override { mMessages.push_back(message); }
-  void Error(const std::string& message) override { mMessages.push_back(message); }
-  void Warning(const std::string& message) override { mMessages.push_back(message); }
-  void Info(const std::string& /*message*/) override {}
-  void Debug(const std::string& /*message*/) override {}
-  void Trace(const std::string& /*message*/) override {}
-
-  std::vector<std::string> mMessages;
-};
-
-// The daemon's own verdict on where its sockets are and who may use them.
-std::vector<std::string> CommunicationProblems(const std::string& path) {
-  const auto problems = std::make_shared<CProblems>();
-  Rpc::SetLogger(problems);
-  Rpc::ReadCommunicationConfig(path);
-  Rpc::SetLogger(nullptr);
-  return problems->mMessages;
-}
-
-std::string Problem(const std::string& path, std::string_view section, std::string_view key,
-                    const Json::Value& found, std::string_view expected) {
-  return fmt::format("{}: section \"{}\"{}: found {}, expected {}", path, section,
-                     key.empty() ? "" : fmt::format(", key \"{}\"", key), JsonText(found),
-                     expected);
 }
 
 }  // namespace
@@ -117,27 +90,11 @@ int RunSet(const CInvocation& invocation, const CTool& tool) {
 
 int RunCheckConfig(const CInvocation& invocation, const CTool& tool) {
   const std::string& path = invocation.arguments[0];
-  const auto content = ReadGoodStore(path);
-  auto problems = CommunicationProblems(path);
-  for (const char* name : {kSection, "hwinfo"}) {
-    const Json::Value& section = (*content.root)[name];
-    if (!section.isNull() && !section.isObject()) {
-      problems.push_back(Problem(path, name, "", section, "an object"));
-      continue;
+  const auto [problems, hints] = CheckStore(path);
+  for (const auto* lines : {&hints, &problems}) {
+    for (const auto& line : *lines) {
+      tool.out << line << '\n';
     }
-    for (const auto& key : section.getMemberNames()) {
-      const auto* setting = FindSetting(name, key);
-      if (setting == nullptr) {
-        // Other processes may keep settings of their own there.
-        tool.out << fmt::format(
-            "{}: section \"{}\", key \"{}\": note: the daemon does not read it\n", path, name, key);
-      } else if (!Fits(*setting, section[key])) {
-        problems.push_back(Problem(path, name, key, section[key], setting->expected));
-      }
-    }
-  }
-  for (const auto& problem : problems) {
-    tool.out << problem << '\n';
   }
   tool.out << fmt::format("{}: {}\n", path,
                           problems.empty() ? "good" : fmt::format("problems: {}", problems.size()));

@@ -1,13 +1,16 @@
-// The words on the command line that stand for the wire's numbers.
+// The words that arguments and options may be, and the numbers of the wire that some stand for.
 #pragma once
 
-#include <array>
+#include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
-// In the order of ipc::EFbEventType.
-inline constexpr auto kFeedbackEvents =
-    std::to_array<std::string_view>({"auth-success", "auth-failure", "tag-swipe", "identify"});
+// By the name that the help gives it: "EVENT" and "LEVEL" in the order of ipc::EFbEventType and
+// ipc::ELogLevel, "SIGNAL" in that of the catalogue, "KEY", "N", "SHELL". Empty for every other
+// name: anything may stand there.
+std::vector<std::string> KnownWords(std::string_view name);
 
-// In the order of ipc::ELogLevel.
-inline constexpr auto kLogLevels = std::to_array<std::string_view>(
-    {"trace", "debug", "info", "warning", "error", "critical", "off"});
+// The place of the word among the known ones. Throws CUsageError that names what was expected and
+// begins with what the word is not ("a log level").
+std::size_t Choice(const std::string& word, std::string_view what, std::string_view name);

@@ -2,14 +2,17 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <set>
+#include <utility>
+#include <vector>
 
 #include "platform/os/descriptor.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "platform/rpc/interfaces/logconfig.h"
 #include "tests/support/fakediagnostics.h"
 #include "tests/tools/feedbackctl/toolfixture.h"
+#include "tools/feedbackctl/watchview.h"
 #include "utils/signalcatalogue.h"
 
 namespace {
@@ -51,13 +54,15 @@ class LogConfig : public ILogConfig {
   ipc::MLogConfig mConfig;
 };
 
-// What the tool prints, line by line, on whichever thread.
+// What the tool prints, line by line, on whichever thread: kind and value.
 class LineSink : public std::stringbuf {
  public:
-  std::set<std::string> Seen() const {
+  std::vector<std::string> Seen() const {
     const std::lock_guard lock(mMutex);
     return mSeen;
   }
+
+  bool HasSeen(const std::string& line) const { return std::ranges::count(Seen(), line) > 0; }
 
  protected:
   int sync() override {
@@ -66,13 +71,14 @@ class LineSink : public std::stringbuf {
     std::istringstream(str()) >> line;
     str("");
     const std::lock_guard lock(mMutex);
-    mSeen.insert(line["kind"].asString() + " " + line["value"].asString());
+    const auto seen = line["kind"].asString() + " " + line["value"].asString();
+    if (seen != "alive " || std::ranges::count(mSeen, seen) == 0) mSeen.push_back(seen);
     return 0;
   }
 
  private:
   mutable std::mutex mMutex;
-  std::set<std::string> mSeen;  // guarded by mMutex
+  std::vector<std::string> mSeen;  // guarded by mMutex
 };
 
 class TheTool : public ToolFixture {
@@ -123,6 +129,11 @@ TEST_F(TheTool, ShowsTheStatusOfTheDaemonAndItsPeers) {
                                         "  Diagnostics      answers\n"
                                         "  SessionManager   no socket [^\n]*/SessionManager\n"
                                         "  Meter1           no socket [^\n]*/Meter1\n"));
+  Json::Value json;
+  std::istringstream(Run({"status", "--json"}).out) >> json;
+  EXPECT_EQ(json["state"].asString() + ' ' + json["lamp"].asString(), "Enabled Green/On");
+  EXPECT_TRUE(json["services"]["Feedback"]["answers"].asBool());
+  EXPECT_THAT(json["services"]["Meter1"]["reason"].asString(), HasSubstr("no socket"));
 }
 
 TEST_F(TheTool, PassesTheVerdictOn) {
@@ -170,32 +181,57 @@ TEST_F(TheTool, TellsADaemonThatHangsFromOneThatIsNotThere) {
   EXPECT_THAT(Run({"enable"}).err, HasSubstr("not running: nobody listens on"));
 }
 
-TEST_F(TheTool, WatchesFromBeforeTheDaemonIsThere) {
+TEST_F(TheTool, WatchesFromBeforeTheDaemonIsThereToAfterItsEnd) {
+  const auto gone =
+      "daemon not there: no socket " + mSockets.Socket("FeedbackLog") + "; waiting for it";
   std::unique_ptr<RunningHost> daemon;
   ShowLamp("Green/On");
   LineSink sink;
   std::ostream out(&sink);
   std::ostringstream err;
   const auto limit = std::chrono::steady_clock::now() + kGenerous;
-  // Goes on until everything was seen: the next state and lamp come when the first was.
+  // Goes on until everything was seen: each step comes when the one before it was.
   const auto isInterrupted = [&](auto) {
-    if (!daemon) {
-      daemon = err.str().empty() ? nullptr : StartDaemon();
-      return false;
+    if (!sink.HasSeen("state Enabled")) {
+      if (!daemon && sink.HasSeen(gone)) daemon = StartDaemon();
+    } else if (daemon) {
+      mControl->SendAlive();
+      if (sink.HasSeen("lamp Green/On")) ShowLamp("Red/Blink4");
+      if (sink.HasSeen("lamp Red/Blink4")) mControl->Report(ipc::EStateDisabled);
+      if (sink.HasSeen("alive ") && sink.HasSeen("state Disabled")) daemon.reset();
     }
-    mControl->SendAlive();
-    const auto seen = sink.Seen();
-    if (seen.contains("state Enabled")) mControl->Report(ipc::EStateDisabled);
-    if (seen.contains("lamp Green/On")) ShowLamp("Red/Blink4");
-    return seen.size() == 5 || std::chrono::steady_clock::now() > limit;
+    return std::ranges::count(sink.Seen(), gone) == 2 || std::chrono::steady_clock::now() > limit;
   };
   EXPECT_EQ(
       RunTool({"watch", "--json", "--root", mRoot.Path().string()}, {out, err, isInterrupted}),
       kDone);
-  EXPECT_THAT(sink.Seen(),
-              testing::UnorderedElementsAre("state Enabled", "state Disabled", "alive ",
-                                            "lamp Green/On", "lamp Red/Blink4"));
-  EXPECT_THAT(err.str(), HasSubstr("waiting for the daemon: no socket"));
+  EXPECT_THAT(sink.Seen(), testing::UnorderedElementsAre(
+                               gone, "daemon answers", "state Enabled", "alive ", "lamp Green/On",
+                               "lamp Red/Blink4", "state Disabled", gone));
+  EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(TheTool, ShowsWhatItWatchesInABlockAtTheEndOfATerminal) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const auto view = MakeWatchView({}, {out, err, {}, [] { return 31; }, true});
+  SWatched now;
+  const auto change = [&](const char* kind, const char* value) {
+    now.values[kind] = value;
+    now.last = {"12:00", kind, value};
+    view->Show(now.last, now);
+    return std::exchange(out, std::ostringstream()).str();
+  };
+  change("state", "Enabled");
+  EXPECT_EQ(change("lamp", "Red/Blink4"),
+            "\x1b[5F\x1b[J"
+            "12:00  lamp    \x1b[48;2;255;0;0m    \x1b[0m Red/Blink4\n"
+            "------------------------------\n"
+            "daemon  Enabled         alive \n"
+            "lamp    \x1b[48;2;255;0;0m    \x1b[0m Red/Blink4\n"
+            "buzzer  unknown         light \n"
+            "last    12:00 lamp Red/Blink4\n");
+  EXPECT_THAT(change("daemon", "not there"), HasSubstr("\ndaemon  not there "));
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST_F(TheStore, TakesOnlyWhatFits) {
       {"HmiLedIntensityMode", "AUTO", "", "found \"AUTO\", expected Fixed or Auto"},
       {"InstallationComplete", "false", "\"InstallationComplete\" : false", ""},
       {"InstallationComplete", "no", "", "found \"no\", expected true or false"},
-      {"HmiBuzzerVolum", "2", "", "\"HmiBuzzerVolum\" is not a setting"},
+      {"HmiBuzzerVolum", "2", "", "; did you mean \"HmiBuzzerVolume\"?"},
       {"HwHasLed", "true", "", "\"HwHasLed\" is not a setting"},
   };
   const std::string before = R"({"other": {"kept": [1]}})";

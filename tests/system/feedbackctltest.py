@@ -1,0 +1,137 @@
+"""feedbackctl beside a real daemon and its peers."""
+
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import unittest
+
+from ipc import diagnostics_pb2, diagnostics_pb2_grpc
+from processes import GENEROUS, Charger, wait_until
+
+PROGRAM = os.environ["FEEDBACKCTL"]
+SOURCES = pathlib.Path(__file__).parents[2] / "tools" / "feedbackctl"
+
+
+class FeedbackCtl(unittest.TestCase):
+    def setUp(self):
+        self.charger = Charger()
+        self.addCleanup(self.charger.close)
+
+    def command(self, *words):
+        return [PROGRAM, "--root", str(self.charger.root), *words]
+
+    def run_tool(self, *words):
+        run = subprocess.run(self.command(*words), capture_output=True, text=True, timeout=GENEROUS)
+        return run.returncode, run.stdout
+
+    def json(self, *words):
+        return json.loads(self.run_tool(*words, "--json")[1])
+
+    def start_charger(self):
+        peers = [self.charger.peer(name) for name in ("diagnostics", "session-manager")]
+        daemon = self.charger.daemon()
+        self.charger.initialise_and_enable()
+        return daemon, peers
+
+    def set_error(self, identifier, is_on):
+        with self.charger.channel("Diagnostics") as channel:
+            diagnostics_pb2_grpc.DiagnosticsStub(channel).SendSignal(
+                diagnostics_pb2.MDiagnosticsSignal(
+                    identifier=identifier,
+                    data=[diagnostics_pb2.MDiagnosticsData(bool_value=is_on)]),
+                timeout=GENEROUS, wait_for_ready=True)
+
+    def explains(self, winner, lamp):
+        def is_so():
+            told = self.json("lamp")
+            return told["winner"] == winner and told["lamp"] == lamp and told["fits"]
+        wait_until(is_so, f"the lamp {lamp} explained by {winner}")
+
+    def test_explains_what_the_lamp_shows_and_why(self):
+        daemon, peers = self.start_charger()
+        self.set_error(1004, True)
+        self.explains("error", "Red/Blink3")
+        self.assertEqual(self.run_tool("trigger", "identify")[0], 0)
+        self.explains("event", "White/Flashing")
+        self.assertEqual(self.run_tool("disable")[0], 0)
+        self.explains("disabled", "Yellow/On")
+        peers[0].kill()
+        peers[0].wait()
+        self.assertEqual(self.run_tool("lamp")[0], 1)
+
+    def test_follows_a_daemon_that_goes_and_comes_back(self):
+        daemon, _ = self.start_charger()
+        watch = subprocess.Popen(self.command("watch"), stdout=subprocess.PIPE, text=True)
+        self.addCleanup(watch.stdout.close)
+        self.addCleanup(watch.kill)
+
+        def next_line(*words):
+            for line in watch.stdout:
+                if line.split()[1:3] == list(words):
+                    return
+            self.fail(f"it ended before it told {words}")
+
+        next_line("state", "Enabled")
+        daemon.kill()
+        daemon.wait()
+        next_line("daemon", "not")
+        self.charger.daemon()
+        next_line("state", "Uninitialized")
+        watch.send_signal(signal.SIGINT)
+        self.assertEqual(watch.wait(GENEROUS), 0)
+
+    def test_finds_what_is_wrong(self):
+        daemon, peers = self.start_charger()
+
+        def verdicts():
+            return {(check["check"], check["verdict"]) for check in self.json("doctor")}
+
+        found = verdicts()
+        for name in ("store", "socket directory", "Feedback", "SessionManager", "Meter1", "daemon"):
+            self.assertIn((name, "ok"), found)
+        self.charger.write_store(settings={"HmiBuzzerVolum": 2}, hwinfo={"HwHasBuzzer": 1})
+        peers[1].kill()
+        peers[1].wait()
+        daemon.kill()
+        daemon.wait()
+        found = verdicts()
+        for name in ("store", "FeedbackGenCtrl", "SessionManager"):
+            self.assertIn((name, "failed"), found)
+        status, output = self.run_tool("doctor")
+        self.assertEqual(status, 1)
+        self.assertRegex(output, 'warning +store .*did you mean "HmiBuzzerVolume"')
+        self.assertRegex(output, 'failed +store .*"HwHasBuzzer": found 1, expected true or false')
+        self.assertRegex(output, "failed +Feedback .*; start the daemon")
+
+    def test_completes_on_bash(self):
+        script = self.run_tool("completion", "bash")[1]
+        ask = 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _feedbackctl; echo "${COMPREPLY[@]}"'
+        for words, expected in (([""], "status watch lamp"), (["sta"], "status"),
+                                (["trigger", "i"], "identify"), (["log-level", "d"], "debug"),
+                                (["--root", "/x", "set", "HmiB"], "HmiBuzzerVolume"),
+                                (["signals", "LedS"], "LedState"),
+                                (["watch", "--f"], "--for"), (["trigger", "--instance", ""], "0 1"),
+                                (["--root", "/us"], "/usr"), (["watch", "--for", ""], "")):
+            run = subprocess.run(["bash", "-c", script + ask, "bash", "feedbackctl", *words],
+                                 capture_output=True, text=True, check=True, timeout=GENEROUS)
+            self.assertEqual(run.stderr, "")
+            self.assertEqual(run.stdout[:len(expected)], expected, words)
+            self.assertEqual(bool(run.stdout.strip()), bool(expected), words)
+
+    def test_has_every_command_and_option_in_its_manual(self):
+        manual = (SOURCES / "feedbackctl.1").read_text().replace("\\-", "-")
+        words = set(re.findall(r"[\w-]+", manual))
+        commands = re.findall(r"^  ([\w-]+)", self.run_tool("--help")[1].split("commands:")[1]
+                              .split("options:")[0], re.MULTILINE)
+        self.assertGreater(len(commands), 10)
+        for command in commands:
+            self.assertRegex(manual, rf"\n\.BR? (\w+ \", \" )?{command}\b")
+            for option in re.findall(r"^  (--\w+)", self.run_tool(command, "--help")[1], re.MULTILINE):
+                self.assertIn(option, words, command)
+
+
+if __name__ == "__main__":
+    unittest.main()
