@@ -3,6 +3,7 @@ test's own. Charger needs neither FUSE nor namespaces: without LED devices the d
 Stage has the hardware too, and skips the test where it cannot."""
 
 import concurrent.futures
+import itertools
 import json
 import os
 import pathlib
@@ -183,20 +184,23 @@ class Stage:
 
 
 def raw_service(charger, name, streams=None, replies=None):
-    """A service that says these bytes: on each stream a list of messages, to each request one. It
-    goes on until it is stopped."""
+    """A service that says these bytes, in turn: the messages of a stream once, also when it is
+    begun again, and the replies to a request over and over."""
     def stream(messages):
+        rest = iter(messages)
+
         def handler(requests, _):
-            yield from messages
-            for _ in requests:
-                pass
+            yield next(rest, b"")
+            for _ in requests:  # the next message answers the reply to the one before
+                yield from itertools.islice(rest, 1)
         return grpc.stream_stream_rpc_method_handler(handler)
 
-    def reply(message):
-        return grpc.unary_unary_rpc_method_handler(lambda request, _: message)
+    def reply(messages):
+        turns = itertools.cycle(messages)
+        return grpc.unary_unary_rpc_method_handler(lambda request, _: next(turns))
 
     methods = {method: stream(messages) for method, messages in (streams or {}).items()}
-    methods |= {method: reply(message) for method, message in (replies or {}).items()}
+    methods |= {method: reply(messages) for method, messages in (replies or {}).items()}
     server = grpc.server(concurrent.futures.ThreadPoolExecutor())
     server.add_generic_rpc_handlers(
         [grpc.method_handlers_generic_handler(f"ipc.{name.rstrip('1')}", methods)])
