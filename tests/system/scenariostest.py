@@ -6,6 +6,7 @@ import signal
 import subprocess
 import tempfile
 import unittest
+from xml.etree import ElementTree
 
 from processes import GENEROUS, wait_until
 
@@ -14,31 +15,48 @@ PROGRAM = os.environ["VIRTUAL_CHARGER"]
 CANNOT_RUN_HERE = 3
 
 
-def play(path, *options):
-    run = subprocess.run([PROGRAM, "--scenario", str(path), "--daemon", os.environ["FEEDBACK"], *options],
-                         capture_output=True, text=True, timeout=GENEROUS)
+def play(*arguments):
+    run = subprocess.run([PROGRAM, "--daemon", os.environ["FEEDBACK"], "--scenario", *map(str, arguments)],
+                         capture_output=True, text=True, timeout=3 * GENEROUS)
     if run.returncode == CANNOT_RUN_HERE:
         raise unittest.SkipTest(run.stderr)
     return run.returncode, run.stdout + run.stderr
 
 
 class TheVirtualCharger(unittest.TestCase):
-    def scenario(self, text):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        path = pathlib.Path(folder.name) / "own.scenario"
+    def scenario(self, text, name="own"):
+        path = self.folder / f"{name}.scenario"
         path.write_text(text)
         return path
 
-    def test_fails_at_the_step_that_did_not_come_out(self):
-        for name, line, seen in (("wronglamp", 5, "blue pulsating"), ("extrawrite", 7, "pattern"),
-                                 ("latelamp", 6, "at the latest"), ("refusedwrite", 12, "pattern"),
-                                 ("wrongverdict", 2, "refused"), ("unexpectedbeep", 5, "a tone")):
-            with self.subTest(name):
-                status, output = play(FAILURES / f"{name}.scenario")
-                self.assertEqual(status, 1, output)
-                self.assertRegex(output, rf"FAILED .*{name}\.scenario:{line}\b")
-                self.assertIn(seen, output.split("FAILED")[1])
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def test_tells_ci_the_step_that_did_not_come_out_of_each_scenario(self):
+        expected = {"extrawrite": ("7", "pattern"), "latelamp": ("6", "at the latest"),
+                    "laterround": ("6", "blue pulsating"), "longbeep": ("5", "4004 Hz for 3"),
+                    "missinglog": ("6", "others, at last"), "refusedwrite": ("12", "refused: Input"),
+                    "unexpectedbeep": ("5", "a tone"), "unexpectedlog": ("7", "received: 42"),
+                    "unexpectedreport": ("7", "enabled at"), "wronglamp": ("5", "blue pulsating"),
+                    "wrongreport": ("5", "disabled at"), "wrongverdict": ("2", "refused")}
+        files = sorted(FAILURES.glob("*.scenario"))
+        self.assertEqual([file.stem for file in files], list(expected))
+        junit = self.folder / "failures.xml"
+        status, output = play(*files, "--junit", junit)
+        self.assertEqual(status, 1, output)
+        self.assertIn(f"0 of {len(files)} scenarios as expected", output)
+        suites = ElementTree.parse(junit).getroot()
+        self.assertEqual([suite.get("name") for suite in suites], list(expected))
+        for suite in suites:
+            line, seen = expected[suite.get("name")]
+            failures = suite.findall("testcase/failure")
+            self.assertEqual((len(failures), suite.get("failures")), (1, "1"), output)
+            self.assertIn(f"{suite.get('file')}:{line}: ", failures[0].get("message"))
+            self.assertIn(seen, failures[0].text.split("expected: ")[1])
+            self.assertIn("Starting state machine", suite.find("testcase/system-out").text)
+        self.assertIn("(round 2 of 3)", output.split("FAILED")[3])
 
     def test_names_every_bad_line_before_anything_starts(self):
         path = self.scenario("conector charging\nconnector charging\nexpect lamp pink on\nwait 3 days\n")
@@ -59,18 +77,19 @@ class TheVirtualCharger(unittest.TestCase):
 
     def test_cleans_up_when_it_is_interrupted(self):
         path = self.scenario("say begun\nwait 1000s\n")
-        with tempfile.TemporaryDirectory() as runtime:
-            run = subprocess.Popen(
-                [PROGRAM, "--scenario", str(path), "--daemon", os.environ["FEEDBACK"]],
-                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                env={**os.environ, "XDG_RUNTIME_DIR": runtime})
-            wait_until(lambda: os.listdir(runtime) or run.poll() is not None, "the run's folder")
-            if run.poll() == CANNOT_RUN_HERE:
-                self.skipTest(run.communicate()[1])
-            run.send_signal(signal.SIGINT)
-            run.communicate(timeout=GENEROUS)
-            self.assertEqual(run.returncode, 130)
-            self.assertEqual(os.listdir(runtime), [])
+        for files in ([path], [path, path]):
+            with self.subTest(len(files)), tempfile.TemporaryDirectory() as runtime:
+                run = subprocess.Popen(
+                    [PROGRAM, "--daemon", os.environ["FEEDBACK"], "--scenario", *files],
+                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                    env={**os.environ, "XDG_RUNTIME_DIR": runtime})
+                wait_until(lambda: os.listdir(runtime) or run.poll() is not None, "the run's folder")
+                if run.poll() == CANNOT_RUN_HERE:
+                    self.skipTest(run.communicate()[1])
+                run.send_signal(signal.SIGINT)
+                run.communicate(timeout=GENEROUS)
+                self.assertEqual(run.returncode, 130)
+                self.assertEqual(os.listdir(runtime), [])
 
 
 if __name__ == "__main__":

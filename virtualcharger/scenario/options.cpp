@@ -7,16 +7,19 @@
 
 namespace {
 
-constexpr auto kUsage = R"(usage: virtual-charger --scenario FILE [OPTION]...
-       virtual-charger --check FILE
+constexpr auto kUsage = R"(usage: virtual-charger --scenario FILE... [OPTION]...
+       virtual-charger --check FILE...
 
 Runs the feedback daemon in a charger that is made of software: lamp, light sensor and beeper as
 the kernel would offer them, a board controller, a session manager, a diagnostics service and a
 meter. A scenario tells what happens and what is expected; nothing on this machine is changed.
 
 options:
-  --scenario FILE  run the steps of this file
+  --scenario FILE  run the steps of this file; several files one after the other, each in a new
+                   charger
   --check FILE     only say whether the file's steps are understood
+  --junit FILE     write what came out for CI, in JUnit's format: a suite for each scenario, a test
+                   case for each "say"
   --daemon PATH    the daemon to run (default: "feedback" beside this program)
   --hz N           timer frequency of the kernel that plays the lamp's patterns (default: 250)
   --quick-sensor   the light sensor answers at once, not after its integration time
@@ -67,6 +70,14 @@ class CReader {
   }
   // False where it is missing.
   bool Value(std::string& value) { return Next(value); }
+  // Up to the next option, at least one.
+  bool Values(std::vector<std::string>& values) {
+    std::string value;
+    while (mNext < mArguments.size() && !mArguments[mNext].starts_with("--") && Next(value)) {
+      values.push_back(value);
+    }
+    return !value.empty();
+  }
 
  private:
   const std::vector<std::string>& mArguments;
@@ -90,8 +101,9 @@ Options ParsePeer(CReader& reader) {
 }  // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments, const std::string& programFolder) {
-  static const std::vector<std::string> known{"--scenario",     "--check", "--daemon", "--hz",
-                                              "--quick-sensor", "--log",   "--keep",   "--help"};
+  static const std::vector<std::string> known{"--scenario", "--check", "--junit",
+                                              "--daemon",   "--hz",    "--quick-sensor",
+                                              "--log",      "--keep",  "--help"};
   SRunOptions options;
   options.daemon = programFolder + "/feedback";
   CReader reader(arguments);
@@ -106,8 +118,12 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
       options.showLog = true;
     } else if (option == "--keep") {
       options.keepRoot = true;
-    } else if (option != "--scenario" && option != "--check" && option != "--daemon" &&
-               option != "--hz") {
+    } else if (option == "--suite") {
+      options.asChild = true;
+    } else if (option == "--scenario" || option == "--check") {
+      options.checkOnly = option == "--check";
+      if (!reader.Values(options.scenarios)) return SUsageError{option + " needs a file"};
+    } else if (option != "--junit" && option != "--daemon" && option != "--hz") {
       return SUsageError{fmt::format("\"{}\" is not an option{}", option, Hint(option, known))};
     } else if (!reader.Value(value)) {
       return SUsageError{option + " needs a value"};
@@ -121,11 +137,10 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
       }
       options.hardware.hz = *hz;
     } else {
-      options.scenario = value;
-      options.checkOnly = option == "--check";
+      options.junit = value;
     }
   }
-  if (options.scenario.empty()) return SUsageError{"no scenario; --scenario FILE or --check FILE"};
+  if (options.scenarios.empty()) return SUsageError{"no scenario; --scenario FILE or --check FILE"};
   return options;
 }
 

@@ -10,8 +10,10 @@
 #include "virtualcharger/peers/peerprocess.h"
 
 struct SRunOptions {
-  std::string scenario;
+  std::vector<std::string> scenarios;  // at least one
   bool checkOnly = false;
+  std::string junit;     // path; empty: none
+  bool asChild = false;  // of a batch
   std::string daemon;
   CChargerHardware::SSettings hardware;
   bool showLog = false;

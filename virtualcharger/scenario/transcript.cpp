@@ -31,9 +31,13 @@ constexpr auto kIndent = "        ";
 constexpr auto kSay = "say ";
 constexpr auto kExpect = "expect ";
 
+bool IsTerminal(std::FILE* output) {
+  return isatty(fileno(output)) != 0;
+}
+
 bool WantsColours(std::FILE* output) {
   const char* refused = std::getenv("NO_COLOR");
-  return isatty(fileno(output)) != 0 && (refused == nullptr || *refused == '\0');
+  return IsTerminal(output) && (refused == nullptr || *refused == '\0');
 }
 
 std::string Fit(const std::string& text, std::size_t width) {
@@ -100,13 +104,13 @@ bool OnlyLooks(const std::string& step) {
 }  // namespace
 
 CTranscript::CTranscript(std::FILE* output)
-    : CTranscript(output, WantsColours(output), LineWidth(output)) {}
+    : CTranscript(output, {WantsColours(output), IsTerminal(output), LineWidth(output)}) {}
 
-CTranscript::CTranscript(std::FILE* output, bool colours, std::size_t width)
+CTranscript::CTranscript(std::FILE* output, const SStyle& style)
     : mOutput(output),
-      mColours(colours),
-      mPatternWidth(width > kBeforePattern + kLeastPattern ? width - kBeforePattern
-                                                           : kLeastPattern) {}
+      mStyle(style),
+      mPatternWidth(style.width > kBeforePattern + kLeastPattern ? style.width - kBeforePattern
+                                                                 : kLeastPattern) {}
 
 void CTranscript::Header() {
   Line(fmt::format("{:>6} {} {}", "time", Fit("step", kStepWidth),
@@ -115,20 +119,46 @@ void CTranscript::Header() {
 
 void CTranscript::Step(const std::string& text, const SView& view) {
   if (text.starts_with(kSay)) {
-    Line((mColours ? "\x1b[1m" : "") + text.substr(std::string_view(kSay).size()) +
-         (mColours ? "\x1b[0m\n" : "\n"));
+    Line((mStyle.colours ? "\x1b[1m" : "") + text.substr(std::string_view(kSay).size()) +
+         (mStyle.colours ? "\x1b[0m\n" : "\n"));
     return;
   }
+  Row(text, view, text.starts_with(kExpect) ? ": yes" : "");
+}
+
+void CTranscript::FailedStep(const std::string& text, const SView& view) {
+  Row(text, view, ": no");
+}
+
+void CTranscript::Row(const std::string& text, const SView& view, const std::string& verdict) {
   const auto time = fmt::format("{:.3f}", std::chrono::duration<double>(view.time).count());
-  auto shown = Cells(OrDash(view.state), Swatch(view, mColours), LampWords(view.lamp),
+  auto shown = Cells(OrDash(view.state), Swatch(view, mStyle.colours), LampWords(view.lamp),
                      view.brightness, OrDash(view.ledState), OrDash(view.display),
                      fmt::format("{}", view.beeps), CutTo(mPatternWidth, Patterns(view)));
   if (OnlyLooks(text) && shown == mShown) {
-    Line(fmt::format("{:>6}   {}{}\n", time, text, text.starts_with(kExpect) ? ": yes" : ""));
+    Line(fmt::format("{:>6}   {}{}\n", time, text, verdict));
     return;
   }
   mShown = std::move(shown);
   Line(fmt::format("{:>6} {} {}", time, Fit(text, kStepWidth), mShown));
+}
+
+void CTranscript::Progress(const std::string& step, std::chrono::milliseconds time,
+                           const std::string& text) {
+  if (!mStyle.live) return;
+  const auto line = CutTo(mStyle.width - 1, fmt::format("{:>6.1f}   {}{}{}",
+                                                        std::chrono::duration<double>(time).count(),
+                                                        step, text.empty() ? "" : "   ", text));
+  if (line == mDrawn) return;
+  Clear();
+  mDrawn = line;
+  std::fputs(line.c_str(), mOutput);
+  std::fflush(mOutput);
+}
+
+void CTranscript::Clear() {
+  if (!mDrawn.empty()) std::fputs("\r\x1b[K", mOutput);
+  mDrawn.clear();
 }
 
 void CTranscript::Note(const std::string& text) {
@@ -136,12 +166,13 @@ void CTranscript::Note(const std::string& text) {
 }
 
 void CTranscript::Failure(const std::string& headline, const std::string& text) {
-  Line(mColours ? fmt::format("\x1b[1;31m{}\x1b[0m\n", headline) : headline + '\n');
+  Line(mStyle.colours ? fmt::format("\x1b[1;31m{}\x1b[0m\n", headline) : headline + '\n');
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) Line("  " + line + '\n');
 }
 
 void CTranscript::Line(const std::string& text) {
+  Clear();
   std::fputs(text.c_str(), mOutput);
   std::fflush(mOutput);
 }

@@ -16,19 +16,28 @@ Options Parse(const std::vector<std::string>& arguments) {
 
 TEST(TheCommandLine, RunsAScenarioWithTheDaemonBesideTheProgram) {
   const auto run = std::get<SRunOptions>(Parse({"--scenario", "walk"}));
-  EXPECT_EQ(run.scenario, "walk");
+  EXPECT_THAT(run.scenarios, testing::ElementsAre("walk"));
   EXPECT_EQ(run.daemon, "/opt/bin/feedback");
   EXPECT_EQ(run.hardware.hz, 250U);
-  EXPECT_FALSE(run.hardware.quickSensor || run.checkOnly || run.showLog || run.keepRoot);
+  EXPECT_FALSE(run.hardware.quickSensor || run.checkOnly || run.showLog || run.keepRoot ||
+               run.asChild);
+  EXPECT_EQ(run.junit, "");
 }
 
 TEST(TheCommandLine, TakesItsOptionsInAnyOrder) {
   const auto run = std::get<SRunOptions>(Parse(
       {"--log", "--hz", "1000", "--check", "walk", "--daemon", "/d", "--keep", "--quick-sensor"}));
-  EXPECT_EQ(run.scenario, "walk");
+  EXPECT_THAT(run.scenarios, testing::ElementsAre("walk"));
   EXPECT_EQ(run.daemon, "/d");
   EXPECT_EQ(run.hardware.hz, 1000U);
   EXPECT_TRUE(run.hardware.quickSensor && run.checkOnly && run.showLog && run.keepRoot);
+}
+
+TEST(TheCommandLine, TakesSeveralScenariosUpToTheNextOption) {
+  const auto run =
+      std::get<SRunOptions>(Parse({"--scenario", "a", "b", "--junit", "x.xml", "--scenario", "c"}));
+  EXPECT_THAT(run.scenarios, testing::ElementsAre("a", "b", "c"));
+  EXPECT_EQ(run.junit, "x.xml");
 }
 
 TEST(TheCommandLine, BecomesAPeerForTheProgramItself) {
@@ -43,7 +52,9 @@ TEST(TheCommandLine, SaysWhatIsWrongWithIt) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{}, "no scenario"},
       {{"--log"}, "no scenario"},
-      {{"--scenario"}, "--scenario needs a value"},
+      {{"--scenario"}, "--scenario needs a file"},
+      {{"--check", "--log"}, "--check needs a file"},
+      {{"--scenario", "x", "--junit"}, "--junit needs a value"},
       {{"--scenaro", "x"}, R"("--scenaro" is not an option; did you mean "--scenario"?)"},
       {{"walk"}, R"("walk" is not an option)"},
       {{"--hz", "0", "--scenario", "x"}, R"(--hz: "0" is not a number from 1 to 100000)"},
@@ -61,8 +72,8 @@ TEST(TheHelp, NamesEveryStepAndEveryOption) {
   EXPECT_TRUE(std::holds_alternative<SHelp>(Parse({"--log", "--help"})));
   const auto help = HelpText();
   for (const auto& kind : StepKinds()) EXPECT_THAT(help, HasSubstr(std::string(kind.syntax)));
-  for (const auto* option :
-       {"--scenario", "--check", "--daemon", "--hz", "--quick-sensor", "--log", "--keep"}) {
+  for (const auto* option : {"--scenario", "--check", "--junit", "--daemon", "--hz",
+                             "--quick-sensor", "--log", "--keep"}) {
     EXPECT_THAT(help, HasSubstr(option));
   }
 }

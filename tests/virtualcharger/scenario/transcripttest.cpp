@@ -27,7 +27,7 @@ std::string Written(bool colours, const std::function<void(CTranscript&)>& write
   char* text = nullptr;
   std::size_t size = 0;
   std::FILE* file = open_memstream(&text, &size);
-  CTranscript transcript(file, colours, width);
+  CTranscript transcript(file, {colours, colours, width});
   write(transcript);
   std::fclose(file);
   std::string written(text, size);
@@ -92,6 +92,28 @@ TEST(ATranscript, ShowsTheLightItselfWhereThereAreColours) {
       Written(true, [](CTranscript& transcript) { transcript.Step("mark", kCharging); });
   EXPECT_THAT(text, HasSubstr("\x1b[48;2;0;0;"));
   EXPECT_THAT(text, Not(HasSubstr("lit")));
+}
+
+TEST(ATranscript, DrawsWhatWaitsInPlaceUntilTheNextLineComes) {
+  const auto wait = [](CTranscript& transcript) {
+    for (const int time : {1000, 1040, 1100}) {
+      transcript.Progress("expect lamp red on", std::chrono::milliseconds(time), "seen: green on");
+    }
+    transcript.Line("done\n");
+  };
+  EXPECT_EQ(Written(true, wait),
+            "   1.0   expect lamp red on   seen: green on\r\x1b[K"
+            "   1.1   expect lamp red on   seen: green on\r\x1b[Kdone\n");
+  EXPECT_THAT(Written(true, wait, 20), testing::StartsWith("   1.0   expect la\u2026\r"));
+  EXPECT_EQ(Written(false, wait), "done\n");
+}
+
+TEST(ATranscript, SaysNoToAStepThatFailed) {
+  const auto text = Written(false, [](CTranscript& transcript) {
+    transcript.Step("mark", kCharging);
+    transcript.FailedStep("expect lamp red on", kCharging);
+  });
+  EXPECT_THAT(text, HasSubstr("\n 1.204   expect lamp red on: no\n"));
 }
 
 TEST(ATranscript, TellsADarkLampInAWord) {
