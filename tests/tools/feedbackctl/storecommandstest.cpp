@@ -1,4 +1,7 @@
+#include <cstdlib>
+
 #include "tests/tools/feedbackctl/toolfixture.h"
+#include "virtualcharger/page/deskregistry.h"
 
 namespace {
 
@@ -88,6 +91,24 @@ TEST_F(TheStore, IsCheckedToTheLastProblem) {
   }
   const auto good = mRoot.WriteFile("good.json", R"({"settings": {"HmiBuzzerVolume": 4}})");
   EXPECT_EQ(Run({"check-config", good}).out, good + ": good\n");
+}
+
+TEST_F(TheStore, IsThatOfTheVirtualChargerThatIsNamed) {
+  WriteStore(R"({"settings": {"HmiBuzzerVolume": 3}})");
+  setenv("XDG_RUNTIME_DIR", mRoot.Path().c_str(), 1);
+  CDeskRegistry registry("desk");
+  registry.Announce({.port = 80, .store = mRoot.Path() / "etc/ovra.json"});
+  const auto run = [](const std::vector<std::string>& words) {
+    std::ostringstream out;
+    std::ostringstream err;
+    RunTool(words, {out, err, {}});
+    return out.str() + err.str();
+  };
+  EXPECT_THAT(run({"chargers"}), StartsWith("desk "));
+  EXPECT_EQ(run({"get", "HmiBuzzerVolume", "--charger", "desk"}), "3\n");
+  EXPECT_THAT(run({"get", "--charger", "desc"}),
+              HasSubstr("\"desc\" of this user runs; these do: desk"));
+  EXPECT_THAT(run({"get", "--charger", "desk", "--root", "/"}), HasSubstr("cannot both"));
 }
 
 }  // namespace
