@@ -99,7 +99,7 @@ error    (src/hal/opt3001:132) Failed to write opt3001 integration time: 0.8
 trace    (src/hal/opt3001:136) Setting delay between measurements: 1100ms
 error    (src/hal/opt3001:140) Unsupported integration time enum: {}  # it is fixed: ALightSensor.SleepsForWhatItsIntegrationTimeLeavesOfThePeriod
 error    (src/hal/vcnl4001:60) Failed to get input value for Vcnl4001  # not fitted: ALightSensor.UsesTheFirstOfItsTenDevices
-warning  A device does not answer; the process ends without waiting for it
+warning  The orderly end takes too long, as when a device does not answer; ending without it
 """
 
 # The operations that say so as they begin.
