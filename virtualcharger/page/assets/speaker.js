@@ -1,0 +1,99 @@
+// The beeper: its tone with the real pitch and length, once somebody has asked for sound, and a
+// trace of the last beeps.
+
+import { clock, durationText, showAge } from "./clock.js";
+import { byId, el, setText } from "./dom.js";
+
+const kShown = 5;
+// Begin and end of a tone come with unlike delay; played this much later, its length is right.
+const kDelay = 0.08;
+const kLoudest = 0.12;
+const kMostVolume = 4;
+const kLongestBar = 1000;
+
+export function speaker(root) {
+  const mute = byId("sound");
+  const now = el("p", { className: "figure", textContent: "silent" });
+  const volume = el("p", { className: "muted" });
+  const trace = el("ol", { className: "beeps", "aria-label": "Last beeps" });
+  root.append(now, volume, trace);
+
+  let on = localStorage.getItem("sound") === "on";
+  let audio = null;
+  let gain = null;
+  let loudness = 1;
+  let tone = null;   // the sounding oscillator
+  let begun = null;  // {t, hz} of the beep under way
+
+  const showMute = () => {
+    setText(mute, on ? "Sound: on" : "Sound: off");
+    mute.setAttribute("aria-pressed", on);
+    mute.title = on ? "Mute the beeper" : "Hear the beeper (browsers start muted)";
+  };
+
+  // Browsers give sound only after a click or a key.
+  const wake = () => {
+    if (!on) return;
+    if (!audio) {
+      audio = new AudioContext();
+      gain = audio.createGain();
+      gain.connect(audio.destination);
+      gain.gain.value = kLoudest * loudness;
+    }
+    audio.resume();
+  };
+
+  const sound = (t, hz) => {
+    const when = audio ? audio.currentTime + Math.max(0, kDelay + (t - clock.now()) / 1000) : 0;
+    tone?.stop(when);
+    tone = null;
+    if (!on || !audio || audio.state !== "running" || hz === 0) return;
+    tone = new OscillatorNode(audio, { type: "square", frequency: hz });
+    tone.connect(gain);
+    tone.start(when);
+  };
+
+  const addToTrace = (hz, from, to) => {
+    const bar = el("span", { className: "bar", "aria-hidden": "true" });
+    bar.style.inlineSize = `${Math.min(to - from, kLongestBar) / kLongestBar * 100}%`;
+    const age = el("span", { className: "muted" });
+    showAge(age, to);
+    trace.prepend(el("li", {}, bar, el("span", {
+      textContent: `${hz} Hz, ${to - from < 1000 ? `${Math.round(to - from)} ms` : durationText(to - from)}` }), age));
+    while (trace.children.length > kShown) trace.lastChild.remove();
+  };
+
+  const hear = (t, hz) => {
+    if (begun) addToTrace(begun.hz, begun.t, t);
+    begun = hz > 0 ? { t, hz } : null;
+    setText(now, hz > 0 ? `${hz} Hz` : "silent");
+    root.classList.toggle("sounding", hz > 0);
+  };
+
+  mute.addEventListener("click", () => {
+    on = !on;
+    localStorage.setItem("sound", on ? "on" : "off");
+    if (!on) tone?.stop();
+    showMute();
+  });
+  for (const event of ["pointerup", "keyup"]) addEventListener(event, wake);
+  showMute();
+
+  return {
+    hello(hello) {
+      trace.replaceChildren();
+      begun = null;
+      for (const row of hello.timeline) if (row.lane === "tone") hear(row.t, row.value);
+    },
+    tone({ t, hz }) {
+      hear(t, hz);
+      sound(t, hz);
+    },
+    state(state) {
+      const level = Number.parseInt(state.volume, 10);
+      loudness = Number.isFinite(level) ? Math.min(level, kMostVolume) / kMostVolume : 0;
+      if (gain) gain.gain.value = kLoudest * loudness;
+      setText(volume, `volume ${state.volume || "not set"} of ${kMostVolume}, ${state.tone.beeps} beeps${on ? "" : ", muted here"}`);
+    },
+  };
+}
