@@ -7,19 +7,21 @@
 #include <array>
 #include <sstream>
 
+#include "tools/feedbackctl/chargers.h"
 #include "utils/words.h"
 
 namespace {
 
 constexpr auto kOptions = std::to_array<COption>({
     {"--root", "PATH", "the daemon's root directory, which holds etc/ovra.json (default: /)"},
+    {"--charger", "NAME", "a virtual charger that runs on this machine (\"feedbackctl chargers\")"},
     {"--instance", "N", "the connector, or 0 for the whole charger (default: 0)"},
     {"--for", "TIME", "end after this time, such as 10s or 500ms"},
     {"--json", "", "for scripts: JSON"},
     {"--force", "", "also keys that the daemon does not know"},
     {"--help", "", "this text; behind a command, more about that command"},
 });
-constexpr auto kEverywhere = std::to_array<std::string_view>({"--root", "--help"});
+constexpr auto kEverywhere = std::to_array<std::string_view>({"--root", "--charger", "--help"});
 
 template <typename Named>
 const Named& Find(std::span<const Named> all, std::string_view name, std::string_view what) {
@@ -72,7 +74,7 @@ std::string OptionLines(std::span<const std::string_view> names) {
 
 std::string HelpText() {
   std::string text =
-      "usage: feedbackctl [--root PATH] COMMAND\n\n"
+      "usage: feedbackctl [--root PATH | --charger NAME] COMMAND\n\n"
       "Shows and controls the user-feedback daemon over its local services.\n\ncommands:\n";
   for (const auto& command : Commands()) {
     text += fmt::format("  {:<36}  {}\n", Synopsis(command), command.summary);
@@ -128,6 +130,9 @@ void Check(const CInvocation& invocation) {
       throw CUsageError(fmt::format("{} is not an option of \"{}\"", name, command.name));
     }
   }
+  if (invocation.Has("--root") && invocation.Has("--charger")) {
+    throw CUsageError("--root and --charger cannot both say which charger is meant");
+  }
   const auto names = ArgumentsOf(command);
   const auto count = invocation.arguments.size();
   if (count > names.size()) {
@@ -172,9 +177,12 @@ std::string CInvocation::Option(std::string_view option, std::string_view defaul
   return std::string(found == options.end() ? defaultValue : found->second);
 }
 
-std::string CInvocation::Root() const {
-  std::string root = Option("--root", "/");
-  return root.ends_with('/') ? root : root + '/';
+std::string CInvocation::Store() const {
+  if (Has("--charger")) {
+    return FindCharger(Option("--charger", "")).store;
+  }
+  const std::string root = Option("--root", "/");
+  return root + (root.ends_with('/') ? "" : "/") + "etc/ovra.json";
 }
 
 int RunTool(const std::vector<std::string>& arguments, const CTool& tool) {
@@ -190,7 +198,7 @@ int RunTool(const std::vector<std::string>& arguments, const CTool& tool) {
     const auto* command = invocation.command;
     tool.err << fmt::format(
         "feedbackctl: {}\nusage: feedbackctl {}\n\"feedbackctl {}\" tells more\n", error.what(),
-        command ? Synopsis(*command) : "[--root PATH] COMMAND",
+        command ? Synopsis(*command) : "[--root PATH | --charger NAME] COMMAND",
         command ? fmt::format("{} --help", command->name) : "--help");
     return kUsage;
   } catch (const std::exception& error) {

@@ -41,15 +41,15 @@ struct CInvocation {
   // The option's value, or the default where it was not given.
   std::string Option(std::string_view option, std::string_view defaultValue) const;
 
-  // "/" or what --root says, with a slash at its end; and the store in it.
-  std::string Root() const;
-  std::string Store() const { return Root() + "etc/ovra.json"; }
+  // The store of the charger that is meant: below "/" or what --root says, or that of a virtual
+  // charger. Throws std::runtime_error where no charger of that name runs.
+  std::string Store() const;
 };
 
 struct CCommand {
   std::string_view name;
   std::string_view arguments;             // "KEY VALUE"; in brackets what may be left out
-  std::vector<std::string_view> options;  // besides --root and --help
+  std::vector<std::string_view> options;  // besides those of every command
   std::string_view summary;
   std::string (*details)();  // the rest of its help, with examples
   // Throws CUsageError for arguments that make no sense, another std::exception where it fails.

@@ -16,3 +16,4 @@ int RunSet(const CInvocation& invocation, const CTool& tool);
 int RunSignals(const CInvocation& invocation, const CTool& tool);
 int RunCheckConfig(const CInvocation& invocation, const CTool& tool);
 int RunCompletion(const CInvocation& invocation, const CTool& tool);
+int RunChargers(const CInvocation& invocation, const CTool& tool);

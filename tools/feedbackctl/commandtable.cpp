@@ -134,6 +134,15 @@ examples:
 )";
 }
 
+std::string ChargersDetails() {
+  return R"(One line each: the name for --charger, the page's address and the store. With one named "desk",
+"feedbackctl status --charger desk" shows its daemon.
+
+example:
+  feedbackctl chargers
+)";
+}
+
 std::string CompletionDetails() {
   return R"(A script that completes commands, options, settings, events, log levels and signals. SHELL is bash
 or zsh. An installed feedbackctl brings it along; this is for a built one.
@@ -169,6 +178,7 @@ std::span<const CCommand> Commands() {
       {"set",          "KEY VALUE", {"--force"},         "Change a setting",                                      &SetDetails,         &RunSet},
       {"signals",      "[SIGNAL]",  {"--json"},          "List the charger's diagnostics signals",                &SignalsDetails,     &RunSignals},
       {"check-config", "FILE",      {},                  "Check a store",                                         &CheckConfigDetails, &RunCheckConfig},
+      {"chargers",     "",          {"--json"},          "List the virtual chargers that run",                    &ChargersDetails,    &RunChargers},
       {"completion",   "SHELL",     {},                  "Print a script for the shell's completion",             &CompletionDetails,  &RunCompletion},
   });
   // clang-format on

@@ -16,6 +16,9 @@ std::string PlainName(std::string_view name) {
                                  name.find_last_not_of(']') + 1 - name.find_first_not_of('[')));
 }
 
+// The virtual chargers that run when the completion is asked for.
+constexpr auto kChargers = "$(feedbackctl chargers 2>/dev/null | cut -d\" \" -f1)";
+
 bool IsPath(std::string_view name) {
   return name == "PATH" || name == "FILE";
 }
@@ -26,6 +29,7 @@ std::string BashBranch(const std::string& pattern, std::string_view name) {
   if (!words.empty()) {
     return fmt::format("    {}) words=\"{}\" ;;\n", pattern, fmt::join(words, " "));
   }
+  if (name == "NAME") return fmt::format("    {}) words={} ;;\n", pattern, kChargers);
   return IsPath(name) ? fmt::format("    {}) files=yes ;;\n", pattern) : "";
 }
 
@@ -49,7 +53,7 @@ std::string BashBranches() {
                          PlainName(arguments[place]));
     }
   }
-  text += "    options:) words=\"--root --help\" ;;\n";
+  text += fmt::format("    options:) words=\"{}\" ;;\n", fmt::join(OptionsOf({}), " "));
   return text + fmt::format("    argument::0) words=\"{}\" ;;\n", fmt::join(names, " "));
 }
 
@@ -95,6 +99,7 @@ std::string ZshAction(std::string_view name) {
   if (!words.empty()) {
     return fmt::format("{}:({})", name, fmt::join(words, " "));
   }
+  if (name == "NAME") return fmt::format("{}:{{compadd {}}}", name, kChargers);
   return fmt::format("{}:{}", name, IsPath(name) ? "_files" : " ");
 }
 
@@ -152,7 +157,7 @@ _feedbackctl() {{
 }}
 compdef _feedbackctl feedbackctl
 )",
-                     names, branches, ZshOptions({"--root", "--help"}));
+                     names, branches, ZshOptions(OptionsOf({})));
 }
 
 }  // namespace
