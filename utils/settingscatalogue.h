@@ -6,6 +6,26 @@
 #include <array>
 #include <string_view>
 
+namespace Settings {
+
+// The store's section that the user and the installer set, followed at run time.
+inline constexpr const char* kSection = "settings";
+inline constexpr const char* kLedIntensityPrefix = "HmiLedIntensity";
+inline constexpr const char* kLedIntensityMode = "HmiLedIntensityMode";
+inline constexpr const char* kLedIntensityMin = "HmiLedIntensityMin";
+inline constexpr const char* kLedIntensityMax = "HmiLedIntensityMax";
+inline constexpr const char* kLedIntensityManual = "HmiLedIntensityManual";
+inline constexpr const char* kBuzzerVolume = "HmiBuzzerVolume";
+inline constexpr const char* kInstallationComplete = "InstallationComplete";
+
+// The section that says what the unit is fitted with, read once.
+inline constexpr const char* kHardwareSection = "hwinfo";
+inline constexpr const char* kHasLed = "HwHasLed";
+inline constexpr const char* kHasMeterDisplay = "HwHasMeterDisplay";
+inline constexpr const char* kHasBuzzer = "HwHasBuzzer";
+
+}  // namespace Settings
+
 enum class ESettingType { EBool, EInteger, EBrightnessMode };
 
 struct CSettingDescription {
@@ -25,15 +45,15 @@ inline constexpr auto kBrightnessModes =
 
 // clang-format off
 inline constexpr auto kSettings = std::to_array<CSettingDescription>({
-    {"settings", "HmiLedIntensityMode",   ESettingType::EBrightnessMode, 0, 0,   "\"\"",      "Fixed or Auto",            "Fixed: the manual intensity; Auto: by the light sensor"},
-    {"settings", "HmiLedIntensityMin",    ESettingType::EInteger,        0, 100, "1",         "an integer from 0 to 100", "percent in the dark, mode Auto"},
-    {"settings", "HmiLedIntensityMax",    ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent in bright light, mode Auto"},
-    {"settings", "HmiLedIntensityManual", ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent, mode Fixed"},
-    {"settings", "HmiBuzzerVolume",       ESettingType::EInteger,        0, 4,   "4",         "an integer from 0 to 4",   "0 is silent"},
-    {"settings", "InstallationComplete",  ESettingType::EBool,           0, 0,   "true",      "true or false",            "false keeps the connector disabled; read at the first disable"},
-    {"hwinfo",   "HwHasLed",              ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the lamp; read at start"},
-    {"hwinfo",   "HwHasMeterDisplay",     ESettingType::EBool,           0, 0,   "false",     "true or false",            "the meter has a display; read at start"},
-    {"hwinfo",   "HwHasBuzzer",           ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the buzzer; read at start"},
+    {Settings::kSection,         Settings::kLedIntensityMode,     ESettingType::EBrightnessMode, 0, 0,   "\"\"",      "Fixed or Auto",            "Fixed: the manual intensity; Auto: by the light sensor"},
+    {Settings::kSection,         Settings::kLedIntensityMin,      ESettingType::EInteger,        0, 100, "1",         "an integer from 0 to 100", "percent in the dark, mode Auto"},
+    {Settings::kSection,         Settings::kLedIntensityMax,      ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent in bright light, mode Auto"},
+    {Settings::kSection,         Settings::kLedIntensityManual,   ESettingType::EInteger,        0, 100, "100",       "an integer from 0 to 100", "percent, mode Fixed"},
+    {Settings::kSection,         Settings::kBuzzerVolume,         ESettingType::EInteger,        0, 4,   "4",         "an integer from 0 to 4",   "0 is silent"},
+    {Settings::kSection,         Settings::kInstallationComplete, ESettingType::EBool,           0, 0,   "true",      "true or false",            "false keeps the connector disabled; read at the first disable"},
+    {Settings::kHardwareSection, Settings::kHasLed,               ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the lamp; read at start"},
+    {Settings::kHardwareSection, Settings::kHasMeterDisplay,      ESettingType::EBool,           0, 0,   "false",     "true or false",            "the meter has a display; read at start"},
+    {Settings::kHardwareSection, Settings::kHasBuzzer,            ESettingType::EBool,           0, 0,   "false",     "true or false",            "the unit has the buzzer; read at start"},
 });
 // clang-format on
 
@@ -42,4 +62,19 @@ constexpr const CSettingDescription* FindSetting(std::string_view section, std::
   const auto* const found = std::ranges::find_if(
       kSettings, [&](const auto& each) { return each.section == section && each.key == key; });
   return found == kSettings.end() ? nullptr : found;
+}
+
+// The default of an integer of the section that the user sets.
+constexpr int DefaultNumber(std::string_view key) {
+  int number = 0;
+  for (const char digit : FindSetting(Settings::kSection, key)->defaultText) {
+    number = number * 10 + (digit - '0');
+  }
+  return number;
+}
+
+// The nearest number inside the range of an integer of that section.
+constexpr int Limited(std::string_view key, int number) {
+  const auto& setting = *FindSetting(Settings::kSection, key);
+  return std::clamp(number, setting.least, setting.most);
 }

@@ -1,11 +1,9 @@
 #include "src/components/feedbackconfig.h"
 
-#include <algorithm>
-
 #include "platform/log/log.h"
 
 int CFeedbackConfig::LimitLedIntensity(int intensity) const {
-  return std::clamp(intensity, 0, 100);
+  return Limited(Settings::kLedIntensityManual, intensity);
 }
 
 EBrightnessMode CFeedbackConfig::ParseBrightnessMode(std::string_view text) const {
@@ -21,5 +19,5 @@ EBrightnessMode CFeedbackConfig::ParseBrightnessMode(std::string_view text) cons
 }
 
 int CFeedbackConfig::LimitBuzzerVolume(int volume) const {
-  return std::clamp(volume, 0, 4);
+  return Limited(Settings::kBuzzerVolume, volume);
 }

@@ -17,12 +17,6 @@ using namespace std::chrono_literals;
 constexpr const char* kSubscriber = "feedbackhsm";
 constexpr auto kBrightnessPeriod = 200ms;
 
-// Where the store says nothing.
-constexpr int kDefaultIntensityMin = 1;
-constexpr int kDefaultIntensityMax = 100;
-constexpr int kDefaultIntensityManual = 100;
-constexpr int kDefaultBuzzerVolume = 4;
-
 void Trace(const char* operation) {
   TraceEntry<CFeedbackHsmActionHandler>(operation);
 }
@@ -92,7 +86,8 @@ void CFeedbackHsmActionHandler::IntInitialize() {
   }
   BlockingCall([this] {
     if (mHasBuzzer) {
-      WriteBuzzerVolume(mSettings->GetInt(Settings::kBuzzerVolume, kDefaultBuzzerVolume));
+      WriteBuzzerVolume(
+          mSettings->GetInt(Settings::kBuzzerVolume, DefaultNumber(Settings::kBuzzerVolume)));
     }
     UpdateBrightnessSettings();
   });
@@ -207,23 +202,23 @@ void CFeedbackHsmActionHandler::WriteBuzzerVolume(int volume) {
 
 void CFeedbackHsmActionHandler::UpdateBrightnessSettings() {
   Trace("UpdateBrightnessSettings");
-  const auto intensity = [this](const char* key, int defaultValue) {
+  const auto intensity = [this](const char* key) {
     return static_cast<uint8_t>(
-        mFeedbackConfig->LimitLedIntensity(mSettings->GetInt(key, defaultValue)));
+        mFeedbackConfig->LimitLedIntensity(mSettings->GetInt(key, DefaultNumber(key))));
   };
   switch (
       mFeedbackConfig->ParseBrightnessMode(mSettings->GetString(Settings::kLedIntensityMode, ""))) {
     case EBrightnessMode::Auto: {
       mAutoBrightness = true;
-      const uint8_t minimum = intensity(Settings::kLedIntensityMin, kDefaultIntensityMin);
-      const uint8_t maximum = intensity(Settings::kLedIntensityMax, kDefaultIntensityMax);
+      const uint8_t minimum = intensity(Settings::kLedIntensityMin);
+      const uint8_t maximum = intensity(Settings::kLedIntensityMax);
       mBrightnessControl->SetRange(maximum, minimum);
       mLightSensor->Enable();
       break;
     }
     case EBrightnessMode::Fixed:
       mAutoBrightness = false;
-      mCurrentBrightness = intensity(Settings::kLedIntensityManual, kDefaultIntensityManual);
+      mCurrentBrightness = intensity(Settings::kLedIntensityManual);
       mLightSensor->Disable();
       break;
   }

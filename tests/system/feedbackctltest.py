@@ -4,14 +4,17 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import signal
 import subprocess
+import tempfile
 import unittest
 
 from ipc import diagnostics_pb2, diagnostics_pb2_grpc
 from processes import GENEROUS, Charger, wait_until
 
 PROGRAM = os.environ["FEEDBACKCTL"]
+CANNOT_RUN_HERE = 3
 SOURCES = pathlib.Path(__file__).parents[2] / "tools" / "feedbackctl"
 
 
@@ -131,6 +134,39 @@ class FeedbackCtl(unittest.TestCase):
             self.assertRegex(manual, rf"\n\.BR? (\w+ \", \" )?{command}\b")
             for option in re.findall(r"^  (--\w+)", self.run_tool(command, "--help")[1], re.MULTILINE):
                 self.assertIn(option, words, command)
+
+class FeedbackCtlOnAVirtualCharger(unittest.TestCase):
+    def setUp(self):
+        self.runtime = pathlib.Path(tempfile.mkdtemp(prefix="ctl-"))
+        self.addCleanup(shutil.rmtree, self.runtime)
+        scenario = self.runtime / "own.scenario"
+        scenario.write_text("disable\nenable\nconnector charging\nwait 1000s\n")
+        charger = subprocess.Popen(
+            [os.environ["VIRTUAL_CHARGER"], "--scenario", str(scenario), "--daemon",
+             os.environ["FEEDBACK"]], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+            env={**os.environ, "XDG_RUNTIME_DIR": str(self.runtime)})
+        self.addCleanup(charger.stderr.close)
+        self.addCleanup(charger.wait)
+        self.addCleanup(charger.send_signal, signal.SIGINT)
+
+        def root():
+            if charger.poll() == CANNOT_RUN_HERE:
+                self.skipTest(charger.stderr.read())
+            return next(iter(self.runtime.glob("charger-*/etc/ovra.json")), None)
+
+        self.root = wait_until(root, "the charger's store").parents[1]
+
+    def run_tool(self, *words):
+        return subprocess.run([PROGRAM, *words, "--root", str(self.root)], capture_output=True,
+                              text=True, timeout=GENEROUS)
+
+    def test_finds_the_hardware_that_only_the_daemon_sees(self):
+        wait_until(lambda: "> connector  Blue/Pulsating  Charging" in self.run_tool("lamp").stdout,
+                   "the lamp's explanation")
+        doctor = self.run_tool("doctor")
+        self.assertEqual(doctor.returncode, 0, doctor.stdout)
+        for check in ("red channel", "light sensor", "buzzer volume", "buzzer tone"):
+            self.assertRegex(doctor.stdout, f"(?m)^ok +{check} ")
 
 
 if __name__ == "__main__":

@@ -107,7 +107,7 @@ std::string GetDetails() {
   return "Reads the section \"settings\" of the store; the daemon need not run. Without KEY, shows "
          "all\n"
          "settings.\n\nsettings:\n" +
-         SettingLines("settings") +
+         SettingLines(Settings::kSection) +
          "\nexamples:\n  feedbackctl get\n  feedbackctl get HmiBuzzerVolume\n";
 }
 
@@ -117,7 +117,7 @@ std::string SetDetails() {
          "the setting is read at start. The value null takes the key out of the store, so that its "
          "default\n"
          "counts again.\n\nsettings:\n" +
-         SettingLines("settings") +
+         SettingLines(Settings::kSection) +
          "\nexamples:\n  feedbackctl set HmiBuzzerVolume 2\n"
          "  feedbackctl set HmiLedIntensityMode Auto\n"
          "  feedbackctl set HmiLedIntensityManual null\n";
@@ -157,7 +157,8 @@ std::string CheckConfigDetails() {
   return "Names every problem of a store with section, key, what was found and what was expected. "
          "Exit\n"
          "status 1 when there is one.\n\nsection \"settings\":\n" +
-         SettingLines("settings") + "section \"hwinfo\":\n" + SettingLines("hwinfo") +
+         SettingLines(Settings::kSection) + "section \"hwinfo\":\n" +
+         SettingLines(Settings::kHardwareSection) +
          "\nexample:\n  feedbackctl check-config /etc/ovra.json\n";
 }
 

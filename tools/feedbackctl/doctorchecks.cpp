@@ -14,6 +14,7 @@
 #include "tools/feedbackctl/storecheck.h"
 #include "tools/feedbackctl/words.h"
 #include "utils/controltext.h"
+#include "utils/settingscatalogue.h"
 
 namespace {
 
@@ -59,7 +60,8 @@ SCheck CheckService(const std::string& service, const std::string& reason,
     return {EVerdict::EOk, service, "answers", ""};
   }
   if (service == kMeterService &&
-      !EffectiveSetting(invocation.Store(), "hwinfo", "HwHasMeterDisplay").asBool()) {
+      !EffectiveSetting(invocation.Store(), Settings::kHardwareSection, Settings::kHasMeterDisplay)
+           .asBool()) {
     return {EVerdict::EOk, service, "not needed: HwHasMeterDisplay is false", ""};
   }
   const bool isOwn =

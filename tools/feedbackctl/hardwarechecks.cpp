@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <optional>
 #include <utility>
 
@@ -15,6 +16,7 @@
 #include "tools/feedbackctl/doctorchecks.h"
 #include "tools/feedbackctl/socketprobe.h"
 #include "tools/feedbackctl/storecheck.h"
+#include "utils/settingscatalogue.h"
 
 namespace {
 
@@ -31,8 +33,12 @@ class CView {
  public:
   explicit CView(std::optional<Rpc::Peer> daemon)
       : mDaemon(std::move(daemon)),
-        mRoot(open(mDaemon ? fmt::format("/proc/{}/root", mDaemon->pid).c_str() : "/",
-                   O_PATH | O_CLOEXEC | O_DIRECTORY)) {}
+        mRoot(open(mDaemon ? fmt::format("/proc/{}/root", mDaemon->pid).c_str() : "/", kFolder)) {
+    // Another user's namespace is closed to this one.
+    if (!mRoot) {
+      mRoot = CDescriptor(open("/", kFolder));
+    }
+  }
 
   bool HasDaemon() const { return mDaemon.has_value(); }
 
@@ -56,10 +62,11 @@ class CView {
     open_how how{};
     how.flags = O_PATH | O_CLOEXEC;
     how.resolve = RESOLVE_IN_ROOT;
-    const int root = mRoot.Get() >= 0 ? mRoot.Get() : AT_FDCWD;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the C library has no function for it
-    return CDescriptor(
-        static_cast<int>(syscall(SYS_openat2, root, path.c_str(), &how, sizeof how)));
+    const long file = syscall(SYS_openat2, mRoot.Get(), path.c_str(), &how, sizeof how);
+    const bool isOldKernel = file < 0 && errno == ENOSYS;
+    return CDescriptor(isOldKernel ? open(path.c_str(), O_PATH | O_CLOEXEC)
+                                   : static_cast<int>(file));
   }
 
   bool MayAccess(int file, int wanted) const {
@@ -76,8 +83,10 @@ class CView {
     return mDaemon->user == 0 || ((status.st_mode >> shift) & static_cast<unsigned>(wanted)) != 0;
   }
 
+  static constexpr int kFolder = O_PATH | O_CLOEXEC | O_DIRECTORY;
+
   const std::optional<Rpc::Peer> mDaemon;
-  const CDescriptor mRoot;
+  CDescriptor mRoot;
 };
 
 SCheck CheckChannel(const CView& view, const std::string& channel, bool isFitted) {
@@ -136,15 +145,18 @@ SCheck CheckWritable(const CView& view, const char* name, const std::string& pat
 
 Checks CheckHardware(const CInvocation& invocation, const CServices& services) {
   const CView view(ServedBy(services.Directory() + "/" + kControlService));
-  const bool hasLed = EffectiveSetting(invocation.Store(), "hwinfo", "HwHasLed").asBool();
+  const bool hasLed =
+      EffectiveSetting(invocation.Store(), Settings::kHardwareSection, Settings::kHasLed).asBool();
   Checks checks;
   for (const auto* channel : kChannels) {
     checks.push_back(CheckChannel(view, channel, hasLed));
   }
   const auto mode =
-      EffectiveSetting(invocation.Store(), "settings", "HmiLedIntensityMode").asString();
+      EffectiveSetting(invocation.Store(), Settings::kSection, Settings::kLedIntensityMode)
+          .asString();
   checks.push_back(CheckSensor(view, mode == "Auto" || mode == "auto"));
-  if (EffectiveSetting(invocation.Store(), "hwinfo", "HwHasBuzzer").asBool()) {
+  if (EffectiveSetting(invocation.Store(), Settings::kHardwareSection, Settings::kHasBuzzer)
+          .asBool()) {
     checks.push_back(CheckWritable(view, "buzzer volume", "/var/sysfs-links/beeper/volume"));
     checks.push_back(CheckWritable(view, "buzzer tone", "/dev/tty0"));
   } else {

@@ -14,6 +14,7 @@
 #include "tools/feedbackctl/settingtext.h"
 #include "tools/feedbackctl/storecheck.h"
 #include "tools/feedbackctl/swatch.h"
+#include "utils/settingscatalogue.h"
 #include "utils/signalcatalogue.h"
 #include "utils/timestamp.h"
 
@@ -49,7 +50,8 @@ SLampFacts Ask(const CInvocation& invocation) {
   CServices services(invocation);
   SLampFacts facts;
   facts.installationComplete =
-      EffectiveSetting(invocation.Store(), "settings", "InstallationComplete").asBool();
+      EffectiveSetting(invocation.Store(), Settings::kSection, Settings::kInstallationComplete)
+          .asBool();
   if (services.WhyNoAnswer(kDiagnosticsService).empty()) {
     const auto diagnostics = services.Client<IDiagnostics>(kDiagnosticsService);
     if (const auto led = LastSignal(*diagnostics, Signals::LedState.identifier)) {

@@ -62,7 +62,7 @@ SStoreVerdict CheckStore(const std::string& path) {
     throw std::runtime_error(content.error);
   }
   SStoreVerdict verdict{CommunicationProblems(path), {}};
-  for (const char* section : {"settings", "hwinfo"}) {
+  for (const char* section : {Settings::kSection, Settings::kHardwareSection}) {
     CheckSection(*content.root, path, section, verdict);
   }
   return verdict;

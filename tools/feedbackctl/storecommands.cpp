@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr auto kSection = "settings";
+using Settings::kSection;
 
 KvConfig::StoreContent ReadGoodStore(const std::string& path) {
   auto content = KvConfig::ReadStore(path);

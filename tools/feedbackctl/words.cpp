@@ -35,7 +35,7 @@ std::vector<std::string> KnownWords(std::string_view name) {
   if (name == "EVENT") return {"auth-success", "auth-failure", "tag-swipe", "identify"};
   if (name == "LEVEL") return {"trace", "debug", "info", "warning", "error", "critical", "off"};
   if (name == "SHELL") return {"bash", "zsh"};
-  if (name == "KEY") return SettingKeys("settings");
+  if (name == "KEY") return SettingKeys(Settings::kSection);
   if (name == "SIGNAL") return SignalNames();
   if (name == "N") return Connectors();
   return {};
