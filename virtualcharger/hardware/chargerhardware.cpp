@@ -2,28 +2,39 @@
 
 #include "virtualcharger/hardware/beeper.h"
 
+namespace {
+
+constexpr std::size_t kFewWrites = 100;  // nobody looks at them
+
+}  // namespace
+
 CChargerHardware::CChargerHardware(const SSettings& settings)
     : mFaults(std::make_shared<CFaults>(SystemSteadyClock())),
       mLampWrites(std::make_shared<CWriteHistory>(SystemSteadyClock())),
+      mOtherWrites(std::make_shared<CWriteHistory>(SystemSteadyClock(), kFewWrites)),
       mLight(SystemSteadyClock(), settings.hz),
       mSensor(std::make_shared<CIlluminanceSensor>(SystemSteadyClock(), settings.quickSensor)),
       mTone(std::make_shared<CToneFile>(mFaults, SystemSteadyClock())),
       mLeds(mLight.Devices()),
       mLinks{{kSensorDevice, mSensor}, {kBeeperDevice, std::make_shared<CBeeper>()}} {}
 
+void CChargerHardware::SetListener(const std::function<void()>& listener) {
+  mLampWrites->SetListener(listener);
+  mOtherWrites->SetListener(listener);
+  mTone->SetListener(listener);
+}
+
 std::optional<std::string> CChargerHardware::Start() {
   if (auto failure = EnterPrivateNamespace()) return failure;
-  // The lamp has a record of its own: what else is written comes at any time between.
-  const auto otherWrites = std::make_shared<CWriteHistory>(SystemSteadyClock());
   mMounted.emplace(CFuseServer::Trees{
       {kLedsBinding.source, std::make_shared<CDeviceTree>(mLeds, mFaults, mLampWrites)},
-      {kLinksBinding.source, std::make_shared<CDeviceTree>(mLinks, mFaults, otherWrites)},
+      {kLinksBinding.source, std::make_shared<CDeviceTree>(mLinks, mFaults, mOtherWrites)},
       {kToneBinding.source, mTone}});
   return mMounted->Start({kLedsBinding, kLinksBinding, kToneBinding});
 }
 
 std::optional<std::string> CChargerHardware::Attribute(const std::string& device,
-                                                       const std::string& attribute) {
+                                                       const std::string& attribute) const {
   for (const auto* devices : {&mLeds, &mLinks}) {
     std::string text;
     const auto found = devices->find(device);

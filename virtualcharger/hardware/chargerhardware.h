@@ -1,6 +1,7 @@
 // All hardware that the daemon sees: the status LED, the light sensor, the beeper and the tone.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,19 +28,27 @@ class CChargerHardware {
   // the process has one thread. Returns the error's text.
   [[nodiscard]] std::optional<std::string> Start();
 
+  // Called on any thread when something was written to it, refused or not. Set before it starts.
+  void SetListener(const std::function<void()>& listener);
+
   CFaults& Faults() { return *mFaults; }
+  const CFaults& Faults() const { return *mFaults; }
   const CWriteHistory& LampWrites() const { return *mLampWrites; }
   const CStatusLight& Light() const { return mLight; }
   CIlluminanceSensor& Sensor() { return *mSensor; }
+  const CIlluminanceSensor& Sensor() const { return *mSensor; }
   const CToneFile& Tone() const { return *mTone; }
 
   // What the attribute of the device holds, without its line end and whatever the faults; nothing
   // if there is no such attribute now. May block as the device does.
-  std::optional<std::string> Attribute(const std::string& device, const std::string& attribute);
+  std::optional<std::string> Attribute(const std::string& device,
+                                       const std::string& attribute) const;
 
  private:
   const std::shared_ptr<CFaults> mFaults;
+  // The lamp has a record of its own: what else is written comes at any time between.
   const std::shared_ptr<CWriteHistory> mLampWrites;
+  const std::shared_ptr<CWriteHistory> mOtherWrites;
   const CStatusLight mLight;
   const std::shared_ptr<CIlluminanceSensor> mSensor;
   const std::shared_ptr<CToneFile> mTone;

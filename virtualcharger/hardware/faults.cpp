@@ -73,6 +73,13 @@ std::optional<SFault> FaultNamed(std::string_view name) {
   return fault;
 }
 
+std::string_view FaultName(const SFault& fault) {
+  const auto* const found = std::ranges::find_if(kNamedFaults, [&](const SNamedFault& row) {
+    return row.kind == fault.kind && row.error == fault.error;
+  });
+  return found == std::end(kNamedFaults) ? std::string_view("unknown") : found->name;
+}
+
 CFaults::CFaults(std::shared_ptr<ISteadyClock> clock) : mClock(std::move(clock)) {}
 
 void CFaults::Set(const std::string& device, const std::string& attribute, SFault fault) {
@@ -106,6 +113,16 @@ bool CFaults::IsVanished(const std::string& device) const {
     const auto& name = entry.first.first;
     return entry.second.fault.kind == EFault::Vanished && (name.empty() || name == device);
   });
+}
+
+std::vector<CFaults::SSet> CFaults::All() const {
+  const std::lock_guard lock(mMutex);
+  std::vector<SSet> all;
+  for (const auto& [place, entry] : mEntries) {
+    if (entry.fault.writes > 0 && entry.writesLeft == 0) continue;
+    all.push_back({place.first, place.second, entry.fault, entry.writesLeft});
+  }
+  return all;
 }
 
 std::optional<CFaults::SHit> CFaults::Strike(const std::string& device,

@@ -41,6 +41,9 @@ struct SFault {
 // "vanished".
 const std::vector<std::string>& FaultNames();
 
+// As in the list of names.
+std::string_view FaultName(const SFault& fault);
+
 // Nothing for another name. Delay, text and number of writes are the caller's to fill in.
 std::optional<SFault> FaultNamed(std::string_view name);
 
@@ -60,6 +63,15 @@ class CFaults {
   void ClearAll();
 
   bool IsVanished(const std::string& device) const;
+
+  struct SSet {
+    std::string device;
+    std::string attribute;
+    SFault fault;
+    unsigned writesLeft;  // of a counted number of writes
+  };
+  // All that are set; one that is used up is not.
+  std::vector<SSet> All() const;
 
   // The fault that strikes at this moment; one of a counted number of writes is used up by it.
   std::optional<SHit> Strike(const std::string& device, const std::string& attribute,

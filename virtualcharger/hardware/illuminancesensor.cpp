@@ -70,6 +70,11 @@ void CIlluminanceSensor::SetLux(double lux) {
   mLux = lux;
 }
 
+double CIlluminanceSensor::Lux() const {
+  const std::lock_guard lock(mMutex);
+  return mLux;
+}
+
 double CIlluminanceSensor::Measure() {
   std::unique_lock lock(mMutex);
   const auto end = mClock->Now() + (mLongIntegration ? kLongReading : kShortReading);

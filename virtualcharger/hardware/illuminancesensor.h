@@ -26,6 +26,7 @@ class CIlluminanceSensor : public IDevice {
 
   // 0 or more.
   void SetLux(double lux);
+  double Lux() const;
 
  private:
   double Measure();
@@ -33,7 +34,7 @@ class CIlluminanceSensor : public IDevice {
   const std::shared_ptr<ISteadyClock> mClock;
   const bool mQuick;
 
-  std::mutex mMutex;
+  mutable std::mutex mMutex;
   std::condition_variable mClosing;
   // Guarded by mMutex.
   double mLux = 0;

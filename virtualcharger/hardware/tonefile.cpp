@@ -2,6 +2,7 @@
 
 #include <linux/kd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -36,8 +37,11 @@ int CToneFile::Write(const std::string&, std::uint64_t, std::string_view, std::s
 int CToneFile::Control(const std::string&, unsigned request, std::uintptr_t argument) {
   if (const int error = Strike(CFaults::EMoment::Write)) return error;
   if (request != KIOCSOUND) return ENOTTY;
-  const std::lock_guard lock(mMutex);
-  mTones.push_back({mClock->Now(), static_cast<unsigned>(argument)});
+  {
+    const std::lock_guard lock(mMutex);
+    mTones.push_back({mClock->Now(), static_cast<unsigned>(argument)});
+  }
+  mListener();
   return 0;
 }
 
@@ -45,9 +49,10 @@ void CToneFile::Close() {
   mFaults->Close();
 }
 
-std::vector<STone> CToneFile::Tones() const {
+std::vector<STone> CToneFile::Tones(std::size_t without) const {
   const std::lock_guard lock(mMutex);
-  return mTones;
+  return {mTones.begin() + static_cast<std::ptrdiff_t>(std::min(without, mTones.size())),
+          mTones.end()};
 }
 
 int CToneFile::Strike(CFaults::EMoment moment) {

@@ -1,6 +1,7 @@
 // The console's tone: a single file that takes the kernel's request for it, and remembers.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,9 +14,11 @@
 // The place of its faults, which have no attribute: a request is a write.
 inline constexpr auto kToneDevice = "tone";
 
+inline constexpr double kToneClock = 1'193'180;  // Hz
+
 struct STone {
   ISteadyClock::TimePoint time;
-  unsigned divisor;  // of the timer's 1193180 Hz; 0 is silence
+  unsigned divisor;  // of the tone clock; 0 is silence
 };
 
 // Threads: may be called from any.
@@ -33,14 +36,18 @@ class CToneFile : public IFileTree {
   int Control(const std::string& path, unsigned request, std::uintptr_t argument) override;
   void Close() override;
 
-  // Every request that took effect, in order.
-  std::vector<STone> Tones() const;
+  // Every request that took effect, in order, without the first ones.
+  std::vector<STone> Tones(std::size_t without = 0) const;
+
+  // Called after each request. Set before the first one.
+  void SetListener(std::function<void()> listener) { mListener = std::move(listener); }
 
  private:
   int Strike(CFaults::EMoment moment);
 
   const std::shared_ptr<CFaults> mFaults;
   const std::shared_ptr<ISteadyClock> mClock;
+  std::function<void()> mListener = [] {};
   mutable std::mutex mMutex;
   std::vector<STone> mTones;  // guarded by mMutex
 };

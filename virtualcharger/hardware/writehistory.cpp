@@ -17,6 +17,7 @@ void CWriteHistory::Add(SWrite write) {
     }
   }
   mAdded.notify_all();
+  mListener();
 }
 
 CWriteHistory::Mark CWriteHistory::End() const {

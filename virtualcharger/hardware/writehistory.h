@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -29,6 +30,9 @@ class CWriteHistory {
 
   explicit CWriteHistory(std::shared_ptr<ISteadyClock> clock, std::size_t limit = 100'000);
 
+  // Called after each write. Set before the first one.
+  void SetListener(std::function<void()> listener) { mListener = std::move(listener); }
+
   // Sets the time.
   void Add(SWrite write);
 
@@ -41,6 +45,7 @@ class CWriteHistory {
  private:
   const std::shared_ptr<ISteadyClock> mClock;
   const std::size_t mLimit;
+  std::function<void()> mListener = [] {};
 
   mutable std::mutex mMutex;
   mutable std::condition_variable mAdded;

@@ -123,8 +123,9 @@ void CVirtualDiagnostics::OnSubscribers(std::size_t count) {
 std::string CVirtualDiagnostics::SetError(int identifier, bool on) {
   const auto signal = ErrorSignal(identifier, on);
   Store(signal);
+  const auto type = NotificationTypeOf(signal).value_or(Type::EError);
   std::string outcome;
-  mNotifier.BlockingCall([&] { outcome = Notify(signal, Type::EError); });
+  mNotifier.BlockingCall([&] { outcome = Notify(signal, type); });
   return outcome;
 }
 

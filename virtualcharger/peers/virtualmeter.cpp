@@ -16,3 +16,8 @@ ipc::MResult CVirtualMeter::SetDisplayBrightness(const ipc::MDisplayBrightness& 
   mEvents(fmt::format("display {}", brightness.percentage()));
   return result;
 }
+
+void CVirtualMeter::Refuse(bool refuse) {
+  mRefuses = refuse;
+  mEvents(fmt::format("accepts {}", refuse ? 0 : 1));
+}

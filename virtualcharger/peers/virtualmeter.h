@@ -6,7 +6,7 @@
 #include "platform/rpc/interfaces/meter.h"
 #include "virtualcharger/peers/peer.h"
 
-// Event: "display PERCENT" for each brightness that it takes.
+// Events: "display PERCENT" for each brightness that it takes, "accepts 1" or "accepts 0".
 //
 // Threads: any.
 class CVirtualMeter : public IMeter {
@@ -16,7 +16,7 @@ class CVirtualMeter : public IMeter {
   // Not Ok while it refuses.
   ipc::MResult SetDisplayBrightness(const ipc::MDisplayBrightness& brightness) override;
 
-  void Refuse(bool refuse) { mRefuses = refuse; }
+  void Refuse(bool refuse);
 
  private:
   const PeerEvents mEvents;

@@ -46,6 +46,7 @@ class CBench {
   CChargerHardware& Hardware() { return mHardware; }
   const CChargerHardware& Hardware() const { return mHardware; }
   CProcesses& Processes() { return mProcesses; }
+  const CProcesses& Processes() const { return mProcesses; }
 
   // Takes in what has happened.
   void Look();

@@ -88,7 +88,7 @@ StepAction ParseConnector(CArguments& arguments) {
 StepAction ParseError(CArguments& arguments) {
   const auto& errors = Errors();
   const int identifier = IsNumber(arguments.Peek())
-                             ? arguments.Number("an error", kFirstError, kLastError)
+                             ? arguments.Number("an error", kFirstError, kLastWarning)
                              : errors.numbers[arguments.Choice("an error", errors.names)];
   const bool on = arguments.Choice("\"on\" or \"off\"", {"on", "off"}) == 0;
   arguments.End();

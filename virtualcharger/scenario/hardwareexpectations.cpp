@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr double kToneClock = 1'193'180;  // Hz
-
 std::string Describe(const SWrite& write) {
   const auto device = std::ranges::find(kStatusLightDevices, write.device);
   const auto channel = static_cast<std::size_t>(device - kStatusLightDevices.begin());

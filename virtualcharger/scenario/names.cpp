@@ -41,10 +41,34 @@ SNames MakeDaemonStates() {
 SNames MakeErrors() {
   SNames names;
   for (const auto& signal : AllSignals()) {
-    if (signal.identifier < kFirstError || signal.identifier > kLastError) continue;
+    if (signal.identifier < kFirstError || signal.identifier > kLastWarning) continue;
     Add(names, SignalName(signal), "", signal.identifier);
   }
   return names;
+}
+
+std::string NameOf(const SNames& all, int number) {
+  const auto& [names, numbers] = all;
+  const auto found = std::ranges::find(numbers, number);
+  return found == numbers.end() ? fmt::format("{}", number)
+                                : names[static_cast<std::size_t>(found - numbers.begin())];
+}
+
+const std::vector<std::string>& DevicePaths() {
+  static const std::vector<std::string> paths{std::string(kStatusLightDevices[0]),
+                                              std::string(kStatusLightDevices[1]),
+                                              std::string(kStatusLightDevices[2]),
+                                              kSensorDevice,
+                                              kBeeperDevice,
+                                              kToneDevice};
+  return paths;
+}
+
+// What stands at the same place in the other list; empty for another text.
+std::string Counterpart(const std::vector<std::string>& from, const std::vector<std::string>& to,
+                        const std::string& text) {
+  const auto found = std::ranges::find(from, text);
+  return found == from.end() ? std::string() : to[static_cast<std::size_t>(found - from.begin())];
 }
 
 }  // namespace
@@ -60,10 +84,11 @@ const SNames& DaemonStates() {
 }
 
 std::string DaemonStateName(int state) {
-  const auto& [names, numbers] = DaemonStates();
-  const auto found = std::ranges::find(numbers, state);
-  return found == numbers.end() ? fmt::format("{}", state)
-                                : names[static_cast<std::size_t>(found - numbers.begin())];
+  return NameOf(DaemonStates(), state);
+}
+
+std::string ConnectorStateName(int state) {
+  return NameOf(ConnectorStates(), state);
 }
 
 const SNames& Errors() {
@@ -77,15 +102,11 @@ const std::vector<std::string>& Devices() {
 }
 
 std::string DevicePath(const std::string& device) {
-  static const std::vector<std::string> paths{std::string(kStatusLightDevices[0]),
-                                              std::string(kStatusLightDevices[1]),
-                                              std::string(kStatusLightDevices[2]),
-                                              kSensorDevice,
-                                              kBeeperDevice,
-                                              kToneDevice};
-  const auto found = std::ranges::find(Devices(), device);
-  return found == Devices().end() ? std::string()
-                                  : paths[static_cast<std::size_t>(found - Devices().begin())];
+  return Counterpart(Devices(), DevicePaths(), device);
+}
+
+std::string DeviceName(const std::string& path) {
+  return Counterpart(DevicePaths(), Devices(), path);
 }
 
 const std::vector<std::string>& Channels() {

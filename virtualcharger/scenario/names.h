@@ -9,20 +9,24 @@ struct SNames {
   std::vector<int> numbers;  // of the name at the same place
 };
 
-// Connector states as on the wire: "suspended-by-car".
+// Connector states as on the wire: "suspended-by-car". The name of one number, or the number as
+// text.
 const SNames& ConnectorStates();
-// States of the daemon's life: "fatal-error". The name of one number, or the number as text.
+std::string ConnectorStateName(int state);
+// States of the daemon's life, the same way: "fatal-error".
 const SNames& DaemonStates();
 std::string DaemonStateName(int state);
-// Errors of the signal catalogue: "charge-control-cp-short".
+// Errors and warnings of the signal catalogue: "charge-control-cp-short".
 const SNames& Errors();
 inline constexpr int kFirstError = 1000;
-inline constexpr int kLastError = 9999;
+inline constexpr int kFirstWarning = 10'000;
+inline constexpr int kLastWarning = 19'999;
 
 // The lamp's channels in their order, then the other hardware.
 const std::vector<std::string>& Devices();
-// Where it is, as the hardware names it. Empty for an empty name.
+// Where it is, as the hardware names it, and back. Empty for an empty text.
 std::string DevicePath(const std::string& device);
+std::string DeviceName(const std::string& path);
 const std::vector<std::string>& Channels();
 // Those that the device has, any of them for an empty name.
 const std::vector<std::string>& AttributesOf(const std::string& device);

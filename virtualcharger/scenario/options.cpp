@@ -2,17 +2,22 @@
 
 #include <fmt/format.h>
 
+#include <functional>
+#include <map>
+
 #include "utils/words.h"
 #include "virtualcharger/scenario/steptable.h"
 
 namespace {
 
-constexpr auto kUsage = R"(usage: virtual-charger --scenario FILE... [OPTION]...
+constexpr auto kUsage = R"(usage: virtual-charger [OPTION]...
+       virtual-charger --scenario FILE... [OPTION]...
        virtual-charger --check FILE...
 
 Runs the feedback daemon in a charger that is made of software: lamp, light sensor and beeper as
 the kernel would offer them, a board controller, a session manager, a diagnostics service and a
-meter. A scenario tells what happens and what is expected; nothing on this machine is changed.
+meter; nothing on this machine is changed. Without a scenario the charger lives until Ctrl-C, and
+its page in a browser shows and steers it. A scenario tells what happens and what is expected.
 
 options:
   --scenario FILE  run the steps of this file; several files one after the other, each in a new
@@ -20,6 +25,9 @@ options:
   --check FILE     only say whether the file's steps are understood
   --junit FILE     write what came out for CI, in JUnit's format: a suite for each scenario, a test
                    case for each "say"
+  --name NAME      of the charger with the page, several run side by side (default: charger)
+  --port N         of its page (default: 8765, or the next one that is free)
+  --open           show the page in a browser
   --daemon PATH    the daemon to run (default: "feedback" beside this program)
   --hz N           timer frequency of the kernel that plays the lamp's patterns (default: 250)
   --quick-sensor   the light sensor answers at once, not after its integration time
@@ -51,6 +59,7 @@ exit status:
 )";
 
 constexpr unsigned kMostHz = 100'000;
+constexpr unsigned kMostPort = 65'535;
 
 std::optional<unsigned> Number(const std::string& text, unsigned least, unsigned most) {
   const auto number = ParseNumber<unsigned>(text);
@@ -98,12 +107,57 @@ Options ParsePeer(CReader& reader) {
   return peer;
 }
 
+const std::map<std::string, std::function<void(SRunOptions&)>> kSwitches{
+    {"--quick-sensor", [](auto& options) { options.hardware.quickSensor = true; }},
+    {"--log", [](auto& options) { options.showLog = true; }},
+    {"--keep", [](auto& options) { options.keepRoot = true; }},
+    {"--suite", [](auto& options) { options.asChild = true; }},
+    {"--open", [](auto& options) { options.openPage = true; }},
+};
+
+// Each takes its value, or tells what was expected.
+using Take = std::function<std::string(SRunOptions&, const std::string& value)>;
+
+const std::map<std::string, Take> kValues{
+    {"--junit",
+     [](auto& options, const auto& value) {
+       options.junit = value;
+       return "";
+     }},
+    {"--daemon",
+     [](auto& options, const auto& value) {
+       options.daemon = value;
+       return "";
+     }},
+    {"--name",
+     [](auto& options, const auto& value) {
+       options.name = value;
+       return "";
+     }},
+    {"--port",
+     [](auto& options, const auto& value) {
+       const auto port = Number(value, 1, kMostPort);
+       options.port = static_cast<std::uint16_t>(port.value_or(0));
+       return port ? std::string() : fmt::format("a number from 1 to {}", kMostPort);
+     }},
+    {"--hz",
+     [](auto& options, const auto& value) {
+       const auto hz = Number(value, 1, kMostHz);
+       options.hardware.hz = hz.value_or(0);
+       return hz ? std::string() : fmt::format("a number from 1 to {}", kMostHz);
+     }},
+};
+
+std::vector<std::string> Known() {
+  std::vector<std::string> known{"--help", "--scenario", "--check"};
+  for (const auto& [name, take] : kSwitches) known.push_back(name);
+  for (const auto& [name, take] : kValues) known.push_back(name);
+  return known;
+}
+
 }  // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments, const std::string& programFolder) {
-  static const std::vector<std::string> known{"--scenario", "--check", "--junit",
-                                              "--daemon",   "--hz",    "--quick-sensor",
-                                              "--log",      "--keep",  "--help"};
   SRunOptions options;
   options.daemon = programFolder + "/feedback";
   CReader reader(arguments);
@@ -112,35 +166,25 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
   while (reader.Next(option)) {
     if (option == "--peer") return ParsePeer(reader);
     if (option == "--help" || option == "-h") return SHelp{};
-    if (option == "--quick-sensor") {
-      options.hardware.quickSensor = true;
-    } else if (option == "--log") {
-      options.showLog = true;
-    } else if (option == "--keep") {
-      options.keepRoot = true;
-    } else if (option == "--suite") {
-      options.asChild = true;
-    } else if (option == "--scenario" || option == "--check") {
+    if (option == "--scenario" || option == "--check") {
       options.checkOnly = option == "--check";
       if (!reader.Values(options.scenarios)) return SUsageError{option + " needs a file"};
-    } else if (option != "--junit" && option != "--daemon" && option != "--hz") {
-      return SUsageError{fmt::format("\"{}\" is not an option{}", option, Hint(option, known))};
-    } else if (!reader.Value(value)) {
-      return SUsageError{option + " needs a value"};
-    } else if (option == "--daemon") {
-      options.daemon = value;
-    } else if (option == "--hz") {
-      const auto hz = Number(value, 1, kMostHz);
-      if (!hz) {
-        return SUsageError{
-            fmt::format("--hz: \"{}\" is not a number from 1 to {}", value, kMostHz)};
-      }
-      options.hardware.hz = *hz;
-    } else {
-      options.junit = value;
+      continue;
+    }
+    const auto switched = kSwitches.find(option);
+    if (switched != kSwitches.end()) {
+      switched->second(options);
+      continue;
+    }
+    const auto valued = kValues.find(option);
+    if (valued == kValues.end()) {
+      return SUsageError{fmt::format("\"{}\" is not an option{}", option, Hint(option, Known()))};
+    }
+    if (!reader.Value(value)) return SUsageError{option + " needs a value"};
+    if (const auto expected = valued->second(options, value); !expected.empty()) {
+      return SUsageError{fmt::format("{}: \"{}\" is not {}", option, value, expected)};
     }
   }
-  if (options.scenarios.empty()) return SUsageError{"no scenario; --scenario FILE or --check FILE"};
   return options;
 }
 

@@ -1,6 +1,7 @@
 // The command line of virtual-charger.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -10,7 +11,7 @@
 #include "virtualcharger/peers/peerprocess.h"
 
 struct SRunOptions {
-  std::vector<std::string> scenarios;  // at least one
+  std::vector<std::string> scenarios;  // none: a charger with a page
   bool checkOnly = false;
   std::string junit;     // path; empty: none
   bool asChild = false;  // of a batch
@@ -18,6 +19,10 @@ struct SRunOptions {
   CChargerHardware::SSettings hardware;
   bool showLog = false;
   bool keepRoot = false;
+  // Of a charger with a page.
+  std::string name = "charger";
+  std::optional<std::uint16_t> port;
+  bool openPage = false;
 };
 
 struct SHelp {};

@@ -18,6 +18,7 @@ class CPrivateRoot {
   // Without a slash at the end.
   const std::string& Path() const { return mPath; }
   std::string Sockets() const { return mPath + "/run"; }
+  std::string StoreFolder() const { return mPath + "/etc"; }
   std::string Store() const { return mPath + "/etc/ovra.json"; }
   std::string Log(const std::string& process) const { return mPath + '/' + process + ".log"; }
 

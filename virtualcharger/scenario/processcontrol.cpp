@@ -122,7 +122,10 @@ Deed CProcesses::StartPeer(const std::string& name) {
       log.Get(), [this, name](const std::string& kind, std::int64_t number, const auto& text) {
         TakeEvent(name, kind, number, text);
       });
-  if (name == kMeter) mDisplay.reset();
+  if (name == kMeter) {
+    mDisplay.reset();
+    mMeterAccepts = true;
+  }
   return Started(name);
 }
 

@@ -119,6 +119,8 @@ void CProcesses::TakeEvent(const std::string& peer, const std::string& kind, std
     mAliveMessages = {mAliveMessages.value + 1, Clock::now()};
   } else if (kind == "display") {
     Take(mDisplay, value);
+  } else if (kind == "accepts") {
+    mMeterAccepts = number != 0;
   } else if (kind == "connector") {
     mConnector = {value, Clock::now()};
   } else if (mOtherEvents) {

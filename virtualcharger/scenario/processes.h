@@ -90,6 +90,8 @@ class CProcesses {
   const std::optional<SLast<int>>& LastState() const { return mState; }
   // What the session manager has told last.
   const SLast<int>& Connector() const { return mConnector; }
+  // Whether the meter takes a new brightness of its display.
+  bool MeterAccepts() const { return mMeterAccepts; }
   // In percent; nothing before the meter that runs was told one.
   const std::optional<SLast<int>>& Display() const { return mDisplay; }
   // All that came up to now, a repeated state too; what a new board controller hears first as well.
@@ -132,6 +134,7 @@ class CProcesses {
   std::map<int, SLast<std::string>> mSignals;
   std::optional<SLast<int>> mState;
   std::optional<SLast<int>> mDisplay;
+  bool mMeterAccepts = true;
   std::vector<SLast<int>> mStateReports;
   SLast<unsigned> mAliveMessages{};
   SLast<int> mConnector;

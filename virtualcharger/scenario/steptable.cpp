@@ -69,7 +69,7 @@ const std::vector<SStepKind>& StepKinds() {
        "somebody asks which charger this is",
        "identify", &ParseIdentify},
       {"error", "error NUMBER|NAME on|off",
-       "the diagnostics service reports that this error begins or ends",
+       "the diagnostics service reports that this error or warning begins or ends",
        "error 1004 on", &ParseError},
       {"light", "light LUX",
        "the light around the charger; 25 and less is night, 667 and more full day",

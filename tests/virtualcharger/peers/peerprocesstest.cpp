@@ -111,6 +111,7 @@ TEST_F(APeerProcess, MakesTheMeterRefuse) {
   Run("meter");
   EXPECT_EQ(Line(), "serving");
   Write("1 refuse\n2 perhaps\n");
+  EXPECT_EQ(Line(), "accepts 0");
   EXPECT_EQ(Line(), "reply 1 ok");
   EXPECT_EQ(Line(), "reply 2 unknown");
 }

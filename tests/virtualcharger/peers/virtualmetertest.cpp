@@ -29,6 +29,9 @@ TEST(AVirtualMeter, ReportsEachBrightnessThatItTakes) {
   meter->Refuse(true);
   EXPECT_NE(set(50), ipc::EResultOk);
   meter->Refuse(false);
+  for (const auto* event : {"accepts 0", "accepts 1"}) {
+    EXPECT_THAT(events.Next(), Optional(std::string(event)));
+  }
   EXPECT_EQ(set(100), ipc::EResultOk);
   EXPECT_THAT(events.Next(), Optional(std::string("display 100")));
 }

@@ -24,6 +24,17 @@ TEST(TheCommandLine, RunsAScenarioWithTheDaemonBesideTheProgram) {
   EXPECT_EQ(run.junit, "");
 }
 
+TEST(TheCommandLine, RunsAChargerWithAPageWhereThereIsNoScenario) {
+  const auto plain = std::get<SRunOptions>(Parse({}));
+  EXPECT_TRUE(plain.scenarios.empty());
+  EXPECT_EQ(plain.name, "charger");
+  EXPECT_FALSE(plain.port || plain.openPage);
+  const auto run = std::get<SRunOptions>(Parse({"--open", "--name", "two", "--port", "9000"}));
+  EXPECT_EQ(run.name, "two");
+  EXPECT_EQ(run.port, 9000);
+  EXPECT_TRUE(run.openPage);
+}
+
 TEST(TheCommandLine, TakesItsOptionsInAnyOrder) {
   const auto run = std::get<SRunOptions>(Parse(
       {"--log", "--hz", "1000", "--check", "walk", "--daemon", "/d", "--keep", "--quick-sensor"}));
@@ -50,8 +61,6 @@ TEST(TheCommandLine, BecomesAPeerForTheProgramItself) {
 
 TEST(TheCommandLine, SaysWhatIsWrongWithIt) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
-      {{}, "no scenario"},
-      {{"--log"}, "no scenario"},
       {{"--scenario"}, "--scenario needs a file"},
       {{"--check", "--log"}, "--check needs a file"},
       {{"--scenario", "x", "--junit"}, "--junit needs a value"},
@@ -59,6 +68,7 @@ TEST(TheCommandLine, SaysWhatIsWrongWithIt) {
       {{"walk"}, R"("walk" is not an option)"},
       {{"--hz", "0", "--scenario", "x"}, R"(--hz: "0" is not a number from 1 to 100000)"},
       {{"--hz", "12x", "--scenario", "x"}, R"(--hz: "12x" is not a number)"},
+      {{"--port", "70000"}, R"(--port: "70000" is not a number from 1 to 65535)"},
       {{"--peer"}, "--peer needs a name"},
   };
   for (const auto& [arguments, text] : cases) {
@@ -73,7 +83,7 @@ TEST(TheHelp, NamesEveryStepAndEveryOption) {
   const auto help = HelpText();
   for (const auto& kind : StepKinds()) EXPECT_THAT(help, HasSubstr(std::string(kind.syntax)));
   for (const auto* option : {"--scenario", "--check", "--junit", "--daemon", "--hz",
-                             "--quick-sensor", "--log", "--keep"}) {
+                             "--quick-sensor", "--log", "--keep", "--name", "--port", "--open"}) {
     EXPECT_THAT(help, HasSubstr(option));
   }
 }

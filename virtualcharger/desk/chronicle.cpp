@@ -1,0 +1,66 @@
+#include "virtualcharger/desk/chronicle.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+#include "virtualcharger/desk/picture.h"
+#include "virtualcharger/scenario/names.h"
+
+void CChronicle::Look() {
+  LookAtLamp();
+  LookAtDaemon();
+  LookAtErrors();
+  LookAtTones();
+  const auto& processes = mBench.Processes();
+  const auto& connector = processes.Connector();
+  mTimeline.Set("connector", connector.time, ConnectorStateName(connector.value));
+  mTimeline.Set("light", std::chrono::steady_clock::now(), mBench.Hardware().Sensor().Lux());
+  if (const auto& display = processes.Display()) {
+    mTimeline.Set("display", display->time, display->value);
+  }
+}
+
+std::vector<Json::Value> CChronicle::TakeTones() {
+  return std::exchange(mNewTones, {});
+}
+
+void CChronicle::LookAtLamp() {
+  const auto view = mBench.View();
+  const auto& brightness = mBench.Brightness();
+  Json::Value lamp;
+  lamp["colour"] = view.lamp.colour;
+  lamp["mode"] = view.lamp.mode;
+  lamp["percent"] = view.brightness;
+  mTimeline.Set("lamp", std::max(mBench.Lamp().since, brightness.since), lamp);
+  const double percent = std::atof(brightness.words.c_str());  // 0 for "uneven"
+  mTimeline.Set("brightness", brightness.since, percent);
+}
+
+void CChronicle::LookAtDaemon() {
+  const auto& processes = mBench.Processes();
+  const auto& status = processes.Status(kDaemon);
+  const auto& state = processes.LastState();
+  mTimeline.Set("daemon", status.since, StatusName(status));
+  mTimeline.Set("lifecycle", state ? state->time : status.since,
+                state ? DaemonStateName(state->value) : "");
+}
+
+void CChronicle::LookAtErrors() {
+  for (const auto& [identifier, last] : mBench.Processes().Signals()) {
+    if (identifier < kFirstError || identifier > kLastWarning) continue;
+    mTimeline.SetError(identifier, last.time, last.value == "true");
+  }
+}
+
+void CChronicle::LookAtTones() {
+  for (const auto& tone : mBench.Hardware().Tone().Tones(mTones)) {
+    ++mTones;
+    mTimeline.Set("tone", tone.time, Hertz(tone));
+    auto message = mClock.Message("tone");
+    message["t"] = mClock(tone.time);
+    message["hz"] = Hertz(tone);
+    mNewTones.push_back(std::move(message));
+  }
+}

@@ -1,0 +1,30 @@
+// Puts what the bench shows into the timeline, and tells the tones one by one.
+#pragma once
+
+#include "virtualcharger/desk/timeline.h"
+#include "virtualcharger/scenario/bench.h"
+
+// Threads: one.
+class CChronicle {
+ public:
+  CChronicle(const CBench& bench, const CPageClock& clock, CTimeline& timeline)
+      : mBench(bench), mClock(clock), mTimeline(timeline) {}
+
+  // Takes in what changed since the last look.
+  void Look();
+
+  // The "tone" messages of the changes since the last time.
+  std::vector<Json::Value> TakeTones();
+
+ private:
+  void LookAtLamp();
+  void LookAtDaemon();
+  void LookAtErrors();
+  void LookAtTones();
+
+  const CBench& mBench;
+  const CPageClock& mClock;
+  CTimeline& mTimeline;
+  std::size_t mTones = 0;  // that were looked at
+  std::vector<Json::Value> mNewTones;
+};

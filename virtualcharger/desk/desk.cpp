@@ -1,0 +1,208 @@
+#include "virtualcharger/desk/desk.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <fstream>
+#include <utility>
+
+#include "virtualcharger/desk/picture.h"
+#include "virtualcharger/desk/vocabulary.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kInterval = 40ms;  // between two publications
+constexpr auto kGlance = 50ms;    // between two looks while a step goes on
+constexpr auto kSettled = 10ms;   // after the last write to the lamp: the daemon writes on
+
+// Exists from now on, so that it can be watched.
+std::string MadeFile(std::string path) {
+  std::ofstream(path, std::ios::app).flush();
+  return path;
+}
+
+}  // namespace
+
+CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const CLibrary& library,
+             const CDeskRegistry& registry)
+    : mSettings(std::move(settings)),
+      mBench(bench),
+      mInterrupt(interrupt),
+      mLibrary(library),
+      mRegistry(registry),
+      mClock(bench.Begin()),
+      mCharger(bench),
+      mTimeline(mClock),
+      mChronicle(bench, mClock, mTimeline),
+      mLamp(bench.Hardware().Light(), bench.Hardware().LampWrites(), mClock),
+      mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
+      mStore(ReadStorePicture(bench.Processes().Root().Store())),
+      mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
+      mServer({mSettings.port, bench.Begin()}, mInbox) {
+  mFiles.Add(bench.Processes().Root().Log("feedback"));
+  mBench.Hardware().SetListener([this] { mInbox.Wake(); });
+}
+
+void CDesk::Run() {
+  mSteps.push_back({0, {}, mBench.Processes().StartAll()});
+  for (;;) {
+    mInterrupt.Check();
+    mBench.Look();
+    Turn();
+    Wait();
+  }
+}
+
+void CDesk::Turn() {
+  std::erase_if(mSteps, [this](SUnderWay& step) { return !GoOn(step); });
+  for (const auto& letter : mInbox.Take()) Read(letter);
+  if (mFiles.Take().contains(mStoreFolder)) {
+    mStore = ReadStorePicture(mBench.Processes().Root().Store());
+  }
+  const auto now = std::chrono::steady_clock::now();
+  if (now - mPublished < kInterval) return;
+  if (IsInMotion() && now - mPublished < 2 * kInterval) return;
+  Publish();
+}
+
+void CDesk::Wait() {
+  auto inputs = mBench.Processes().Inputs();
+  for (const int descriptor : {mInterrupt.Descriptor(), mInbox.Descriptor(), mFiles.Descriptor()}) {
+    inputs.push_back({descriptor, POLLIN, 0});
+  }
+  if (poll(inputs.data(), inputs.size(), Timeout()) > 0) mNews = true;
+}
+
+int CDesk::Timeout() const {
+  const auto since =
+      std::chrono::ceil<std::chrono::milliseconds>(std::chrono::steady_clock::now() - mPublished);
+  std::optional<std::chrono::milliseconds> timeout;
+  const auto within = [&](std::chrono::milliseconds time) {
+    timeout = std::min(timeout.value_or(time), std::max(time, 0ms));
+  };
+  if (mServer.Clients() > 0) within(CLampMessage::kRefresh - since);
+  if (!mSteps.empty()) within(kGlance);
+  if (mNews) within(since < kInterval ? kInterval - since : kSettled);
+  return timeout ? static_cast<int>(timeout->count()) : -1;
+}
+
+void CDesk::Read(const CInbox::SLetter& letter) {
+  if (letter.hello) {
+    Greet(letter.client, letter.mayWrite);
+    return;
+  }
+  const auto& type = letter.message["type"];
+  if (type == "step") {
+    BeginStep(letter);
+    return;
+  }
+  Tell({letter.client, letter.message["id"], nullptr}, false,
+       "this message is not understood; its type must be \"step\"");
+}
+
+void CDesk::BeginStep(const CInbox::SLetter& letter) {
+  SUnderWay step{letter.client, letter.message["id"], nullptr};
+  const auto& line = letter.message["line"];
+  try {
+    const auto words = SplitWords(line.isString() ? line.asString() : "");
+    if (words.empty()) throw CParseError("the message has no \"line\" with a step");
+    const auto action = ParseStep(words);
+    mTimeline.AddStep(std::chrono::steady_clock::now(), line.asString());
+    step.deed = mCharger.Do(action);
+  } catch (const std::exception& error) {
+    Tell(step, false, error.what());
+    return;
+  }
+  if (GoOn(step)) mSteps.push_back(std::move(step));
+}
+
+// False when it has ended.
+bool CDesk::GoOn(SUnderWay& step) {
+  try {
+    const auto note = step.deed();
+    if (note) Tell(step, true, *note);
+    return !note;
+  } catch (const std::exception& failure) {
+    Tell(step, false, failure.what());
+    return false;
+  }
+}
+
+void CDesk::Tell(const SUnderWay& step, bool ok, const std::string& text) {
+  if (step.client == 0) return;  // what the desk does by itself is seen in its state
+  auto message = mClock.Message("done");
+  message["id"] = step.id;
+  message["ok"] = ok;
+  message["text"] = text;
+  mServer.Send(step.client, Compact(message));
+}
+
+// The lamp's channels are written one after the other.
+bool CDesk::IsInMotion() const {
+  const auto& writes = mBench.Hardware().LampWrites();
+  const auto last = writes.Since(writes.End() - std::min<CWriteHistory::Mark>(writes.End(), 1));
+  return !last.empty() && std::chrono::steady_clock::now() - last.back().time < kSettled;
+}
+
+void CDesk::Publish() {
+  mNews = false;
+  mPublished = std::chrono::steady_clock::now();
+  mChronicle.Look();
+  if (const auto lamp = mLamp.Next(mPublished)) mServer.Publish(Compact(*lamp));
+  for (const auto& tone : mChronicle.TakeTones()) mServer.Publish(Compact(tone));
+  auto state = State();
+  const auto text = Compact(state);
+  if (text != mState) {
+    mState = text;
+    state["type"] = "state";
+    state["now"] = mClock(mPublished);
+    mServer.Publish(Compact(state), CPageServer::EWaiting::Replace);
+  }
+  PublishRows("timeline", mTimeline.TakeNew());
+  PublishRows("log", mLog.TakeNew());
+}
+
+void CDesk::PublishRows(const char* type, Json::Value rows) {
+  if (rows.empty()) return;
+  auto message = mClock.Message(type);
+  message["rows"] = std::move(rows);
+  mServer.Publish(Compact(message));
+}
+
+Json::Value CDesk::State() const {
+  auto state = Picture(mBench, mClock);
+  state["settings"] = mStore.settings;
+  state["storeError"] = mStore.error;
+  return state;
+}
+
+void CDesk::Greet(CInbox::ClientId client, bool mayWrite) {
+  Publish();  // what the others get must not come again after the whole picture
+  auto hello = mClock.Message("hello");
+  hello["name"] = mSettings.name;
+  hello["token"] = mayWrite;
+  hello["hardware"] = mSettings.remedy.empty();
+  hello["remedy"] = mSettings.remedy;
+  hello["url"] = mServer.Address();
+  const auto age = std::chrono::steady_clock::now() - mBench.Begin();
+  const auto begin = std::chrono::system_clock::now() -
+                     std::chrono::duration_cast<std::chrono::system_clock::duration>(age);
+  hello["begin"] = Utc(begin);
+  hello["others"] = Json::Value(Json::arrayValue);
+  for (const auto& other : mRegistry.Others()) {
+    Json::Value entry;
+    entry["name"] = other.name;
+    entry["url"] = other.url;
+    hello["others"].append(entry);
+  }
+  hello["words"] = Vocabulary(mLibrary);
+  hello["timeline"] = mTimeline.Rows();
+  hello["messages"] = Json::Value(Json::arrayValue);
+  hello["log"] = mLog.Rows();
+  hello["state"] = State();
+  hello["lamp"] = mLamp.From(std::chrono::steady_clock::now());
+  mServer.Greet(client, Compact(hello));
+}

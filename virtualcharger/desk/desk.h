@@ -1,0 +1,84 @@
+// The charger under the page: it lives until it is interrupted, does what the page's clients ask
+// for, and tells them what is seen, heard and said.
+#pragma once
+
+#include <deque>
+#include <string>
+
+#include "virtualcharger/desk/chronicle.h"
+#include "virtualcharger/desk/deskcharger.h"
+#include "virtualcharger/desk/filenotice.h"
+#include "virtualcharger/desk/inbox.h"
+#include "virtualcharger/desk/lampmessage.h"
+#include "virtualcharger/desk/library.h"
+#include "virtualcharger/desk/logfeed.h"
+#include "virtualcharger/desk/storepicture.h"
+#include "virtualcharger/page/deskregistry.h"
+#include "virtualcharger/scenario/interrupt.h"
+
+struct SDeskSettings {
+  std::string name;                   // of the charger
+  std::string remedy;                 // why there is no virtual hardware and what to do; empty
+  std::optional<std::uint16_t> port;  // as for the page's server
+};
+
+// Threads: one, but for the page's server.
+class CDesk {
+ public:
+  // The hardware is there, or has failed to be. Throws std::runtime_error where the page cannot be
+  // served.
+  CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const CLibrary& library,
+        const CDeskRegistry& registry);
+
+  // As of the page's server.
+  std::uint16_t Port() const { return mServer.Port(); }
+  std::string Address() const { return mServer.Address(); }
+  std::string Url() const { return mServer.Url(); }
+
+  // Until CInterrupted is thrown.
+  void Run();
+
+ private:
+  using TimePoint = CPageClock::TimePoint;
+
+  // A step that goes on, and who wants to know how it ends.
+  struct SUnderWay {
+    CInbox::ClientId client;
+    Json::Value id;
+    Deed deed;
+  };
+
+  void Turn();
+  void Wait();
+  int Timeout() const;
+  void Read(const CInbox::SLetter& letter);
+  void BeginStep(const CInbox::SLetter& letter);
+  bool GoOn(SUnderWay& step);
+  void Tell(const SUnderWay& step, bool ok, const std::string& text);
+  bool IsInMotion() const;
+  void Publish();
+  Json::Value State() const;
+  void Greet(CInbox::ClientId client, bool mayWrite);
+  void PublishRows(const char* type, Json::Value rows);
+
+  const SDeskSettings mSettings;
+  CBench& mBench;
+  CInterrupt& mInterrupt;
+  const CLibrary& mLibrary;
+  const CDeskRegistry& mRegistry;
+  const CPageClock mClock;
+  CInbox mInbox;
+  CDeskCharger mCharger;
+  CTimeline mTimeline;
+  CChronicle mChronicle;
+  CLampMessage mLamp;
+  CFileNotice mFiles;
+  const int mStoreFolder;
+  SStorePicture mStore;
+  CLogFeed mLog;
+  std::vector<SUnderWay> mSteps;
+  bool mNews = true;  // that may have to be published
+  TimePoint mPublished{};
+  std::string mState;  // as published last, without its time
+  CPageServer mServer;
+};

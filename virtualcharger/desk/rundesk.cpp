@@ -1,0 +1,87 @@
+#include "virtualcharger/desk/rundesk.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+
+#include "platform/kvconfig/kvconfig.h"
+#include "virtualcharger/desk/desk.h"
+#include "virtualcharger/desk/pageopener.h"
+#include "virtualcharger/page/deskregistry.h"
+#include "virtualcharger/scenario/charger.h"
+#include "virtualcharger/scenario/exitstatus.h"
+#include "virtualcharger/scenario/names.h"
+
+namespace {
+
+// The daemon would take this machine's own console for its beeper.
+void SpareTheConsole(CBench& bench) {
+  if (access("/dev/tty0", F_OK) == 0) bench.SetStored("HwHasBuzzer", false);
+}
+
+SRunningCharger Entry(const std::string& name, const CDesk& desk, CPrivateRoot& root) {
+  SRunningCharger charger;
+  charger.name = name;
+  charger.pid = getpid();
+  charger.port = desk.Port();
+  charger.url = desk.Address();
+  charger.store = root.Store();
+  charger.sockets = root.Sockets();
+  return charger;
+}
+
+void Explain(const CDesk& desk, const std::string& remedy) {
+  if (!remedy.empty()) fmt::print("No virtual hardware: {}\nEverything else works.\n\n", remedy);
+  fmt::print(
+      "The charger runs: {}\n"
+      "Ctrl-C ends it. A story without a page: ./run --story\n",
+      desk.Url());
+  std::fflush(stdout);
+}
+
+void Live(const SRunOptions& options, CBench& bench, CInterrupt& interrupt) {
+  CDeskRegistry registry(options.name);
+  std::optional<CPageOpener> opener;
+  if (options.openPage) opener.emplace();
+  const auto remedy = bench.Hardware().Start().value_or("");
+  if (!remedy.empty()) SpareTheConsole(bench);
+  const CLibrary library(std::filesystem::path(ThisProgram()).parent_path());
+  CDesk desk({options.name, remedy, options.port}, bench, interrupt, library, registry);
+  registry.Announce(Entry(options.name, desk, bench.Processes().Root()));
+  Explain(desk, remedy);
+  if (opener) opener->Open(desk.Url());
+  desk.Run();
+}
+
+}  // namespace
+
+int RunDesk(const SRunOptions& options) {
+  if (access(options.daemon.c_str(), X_OK) != 0) {
+    fmt::print(stderr, "virtual-charger: no daemon at {}; build it with ./run --build\n",
+               options.daemon);
+    return Status(EExit::Usage);
+  }
+  ThisProgram();
+  CInterrupt interrupt;
+  try {
+    CBench bench({std::filesystem::absolute(options.daemon), options.showLog}, options.hardware);
+    if (options.keepRoot) {
+      bench.Processes().Root().Keep();
+      fmt::print("the run's folder: {}\n", bench.Processes().Root().Path());
+    }
+    try {
+      Live(options, bench, interrupt);
+    } catch (const CInterrupted&) {
+      CCharger(bench, interrupt).Stop();
+    }
+  } catch (const CInterrupted& impatient) {
+    return kSignalled + impatient.Signal();
+  } catch (const std::exception& failure) {
+    fmt::print(stderr, "virtual-charger: {}\n", failure.what());
+    return Status(EExit::Failed);
+  }
+  return Status(EExit::AsExpected);
+}
