@@ -154,10 +154,10 @@ void CFeedback::RunStateMachine() const {
   LOG(Info, "(src/feedback:226) Starting state machine");
   Interrupt::SetHook([this](int signal) {
     if (signal == SIGINT) {
+      StopGuard::Start();
       mMachine->PostEvent(std::make_shared<IntTerminate>());
       // The machine may be waiting for a peer that hangs.
       mHost->PrepareStop();
-      StopGuard::Start();
     }
   });
   mMachine->Run();

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "platform/log/log.h"
 #include "src/hal/tonedevice.h"
@@ -45,21 +46,29 @@ std::future<void> Begin(std::function<void()> function) {
   return done;
 }
 
+void Explain() {
+  LOG(Warning,
+      "The orderly end takes too long, as when a device does not answer; ending without it");
+}
+
+// Each of the acts may hang as well, the log where nobody reads the console.
 [[noreturn]] void Strike() {
-  std::function<void()> farewell;
+  std::vector<std::function<void()>> acts{SwitchToneOff, Explain};
   {
     const std::lock_guard lock(TheGuard().mutex);
     TheGuard().hasStruck = true;
-    farewell = TheGuard().farewell;
+    if (TheGuard().farewell) {
+      acts.push_back(TheGuard().farewell);
+    }
   }
-  LOG(Warning,
-      "The orderly end takes too long, as when a device does not answer; ending without it");
   const auto end = std::chrono::steady_clock::now() + kTimeForTheFarewell;
-  const auto silence = Begin(SwitchToneOff);
-  if (farewell) {
-    Begin(std::move(farewell)).wait_until(end);
+  std::vector<std::future<void>> done;
+  for (auto& act : acts) {
+    done.push_back(Begin(std::move(act)));
   }
-  silence.wait_until(end);
+  for (const auto& each : done) {
+    each.wait_until(end);
+  }
   std::_Exit(EXIT_SUCCESS);
 }
 
