@@ -1,6 +1,9 @@
 """SIGINT: the daemon ends in time, orderly, whatever it is doing and whatever stands still."""
 
+import array
+import fcntl
 import signal
+import termios
 import threading
 import time
 import unittest
@@ -8,7 +11,7 @@ import unittest
 import grpc
 from ipc import diagnostics_pb2, diagnostics_pb2_grpc, feedback_pb2
 from ipc import feedback_pb2_grpc, genericcontrol_pb2_grpc
-from processes import EMPTY, GENEROUS, STOP_LIMIT, Charger, Stage, interrupt
+from processes import EMPTY, GENEROUS, STOP_LIMIT, Charger, Stage, interrupt, wait_until
 
 POSTERS = 32
 
@@ -74,18 +77,17 @@ class AnInterrupt(unittest.TestCase):
 
         def end_at(moment):
             milliseconds, frozen = moment
+            send_all(peers, signal.SIGSTOP if frozen == "before" else signal.SIGCONT)
             daemon = self.running_daemon()
             life = self.start_life()
             time.sleep(milliseconds / 1000)  # the moment is varied, not awaited
-            for peer in peers if frozen else []:
-                peer.send_signal(signal.SIGSTOP)
+            send_all(peers, signal.SIGSTOP if frozen else signal.SIGCONT)
             seconds = self.end(daemon)
-            for peer in peers:
-                peer.send_signal(signal.SIGCONT)
+            send_all(peers, signal.SIGCONT)
             life.join()
             return seconds
 
-        self.in_time([(each * 3, each % 2 == 1) for each in range(40)], end_at)
+        self.in_time([(each * 3, ("", "now", "before")[each % 3]) for each in range(45)], end_at)
 
     def test_releases_all_who_wait_for_a_verdict(self):
         peer = self.charger.peer("diagnostics")
@@ -153,6 +155,26 @@ class AnInterrupt(unittest.TestCase):
                       for milliseconds in (0, 5, 10, 20, 30, 40, 60, 80, 120, 200)], end_at)
         self.end(self.running_daemon())
 
+    def test_ends_it_while_its_console_is_not_read(self):
+        self.charger.peer("diagnostics")
+
+        def end_at(_):
+            daemon = self.charger.daemon("-v", "-v")
+            for line in daemon.stdout:
+                if "Starting state machine" in line:
+                    break
+            life = self.start_life()
+            full = 60 * 1024
+            wait_until(lambda: unread(daemon.stdout) > full, "a full pipe")
+            daemon.send_signal(signal.SIGINT)
+            begin = time.monotonic()
+            self.assertEqual(daemon.wait(GENEROUS), 0)
+            seconds = time.monotonic() - begin
+            life.join()
+            return seconds
+
+        self.in_time([0], end_at)
+
     def test_ends_it_while_a_watcher_does_not_read(self):
         daemon = self.charger.daemon()
         watcher = self.charger.start_watcher()
@@ -163,6 +185,18 @@ class AnInterrupt(unittest.TestCase):
         for _ in range(3000):  # more reports than its socket holds
             control.Enable(EMPTY, timeout=GENEROUS)
         self.assertLess(self.end(daemon), GENEROUS)
+
+
+def send_all(processes, number):
+    for each in processes:
+        each.send_signal(number)
+
+
+def unread(pipe):
+    """How many bytes wait in it."""
+    count = array.array("i", [0])
+    fcntl.ioctl(pipe, termios.FIONREAD, count)
+    return count[0]
 
 
 def post_events(channel):
