@@ -89,7 +89,7 @@ Json::Value AsJson(const SLampFacts& facts, const SLampExplanation& explanation)
   json["ageMilliseconds"] =
       facts.reported ? Json::Value(Json::Int64(facts.reportedAge.count())) : Json::Value();
   json["winner"] = explanation.winner;
-  json["fits"] = explanation.fits;
+  json["fits"] = explanation.fits ? Json::Value(*explanation.fits) : Json::Value();
   json["sources"] = Json::arrayValue;
   for (const auto& source : explanation.sources) {
     Json::Value entry;

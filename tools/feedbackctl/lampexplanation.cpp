@@ -156,24 +156,33 @@ std::string Excuse(const SLampFacts& facts, const SSource& winner) {
 SLampExplanation ExplainLamp(const SLampFacts& facts) {
   SLampExplanation explanation;
   explanation.sources = {Event(facts), Error(facts), Disabled(facts), Connector(facts)};
+  const auto note = [&](std::string text) { explanation.notes.push_back(std::move(text)); };
   const auto winner = std::ranges::find_if(explanation.sources,
                                            [](const auto& each) { return each.wants.has_value(); });
-  // A lamp that shows what it has shown since the daemon's start has not been reported.
-  const auto shown = facts.reported.value_or(LedStateText(kDisabledLed));
-  if (!facts.reported) {
-    explanation.notes.push_back(
-        fmt::format("nothing was reported: the daemon begins with {} and tells only changes",
-                    LedStateText(kDisabledLed)));
+  if (!facts.errors) {
+    note("diagnostics does not answer: neither the report nor the errors are known");
+  } else if (!facts.reported) {
+    note(fmt::format("nothing was reported: the daemon begins with {} and tells only changes",
+                     LedStateText(kDisabledLed)));
+  }
+  if (!facts.state) {
+    note("the daemon does not answer: nobody decides, and the lamp keeps what it showed");
+    return explanation;
   }
   if (winner == explanation.sources.end()) {
-    explanation.notes.emplace_back("nobody asks for a light now: the lamp keeps what it showed");
+    note("nobody asks for a light now: the lamp keeps what it showed");
     return explanation;
   }
   explanation.winner = winner->name;
+  if (!facts.errors) {
+    return explanation;
+  }
+  // A lamp that shows what it has shown since the daemon's start has not been reported.
+  const auto shown = facts.reported.value_or(LedStateText(kDisabledLed));
   explanation.fits = shown == *winner->wants;
-  if (!explanation.fits) {
-    explanation.notes.push_back(fmt::format("{} was expected, {} is shown: {}", *winner->wants,
-                                            shown, Excuse(facts, *winner)));
+  if (!*explanation.fits) {
+    note(fmt::format("{} was expected, {} is shown: {}", *winner->wants, shown,
+                     Excuse(facts, *winner)));
   }
   return explanation;
 }

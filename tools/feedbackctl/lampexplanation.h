@@ -32,8 +32,8 @@ struct SLampExplanation {
   };
 
   std::vector<SSource> sources;  // event, error, disabled, connector: the first that wants wins
-  std::string winner;            // its name; empty when the lamp stays as it was
-  bool fits = true;              // whether the report is what the winner wants
+  std::string winner;            // its name; empty when the lamp keeps what it showed
+  std::optional<bool> fits;      // whether the report is what the winner wants; empty: unknown
   std::vector<std::string> notes;
 };
 

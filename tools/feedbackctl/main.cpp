@@ -59,14 +59,11 @@ bool IsInterrupted(std::chrono::milliseconds patience) {
   return sigtimedwait(&signals, nullptr, &limit) > 0;
 }
 
-bool IsSet(const char* variable) {
+// Empty where the environment does not have it.
+std::string_view Environment(const char* variable) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
   const char* value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-bool IsDumb() {
-  const char* terminal = std::getenv("TERM");
-  return terminal == nullptr || terminal == std::string_view("dumb");
+  return value == nullptr ? std::string_view() : value;
 }
 
 int Columns() {
@@ -80,11 +77,12 @@ int main(int argumentCount, char* arguments[]) {
   // Who closes the pipe that is written to wants an end, with a message and not by a signal.
   std::signal(SIGPIPE, SIG_IGN);
   GrpcBackend::SetLogger(std::make_shared<CWarnings>());
-  const bool isTerminal = isatty(STDOUT_FILENO) != 0 && !IsDumb();
+  const auto kind = Environment("TERM");
+  const bool isTerminal = isatty(STDOUT_FILENO) != 0 && !kind.empty() && kind != "dumb";
   CTool tool{std::cout, std::cerr, &IsInterrupted};
   if (isTerminal) {
     tool.columns = &Columns;
-    tool.hasColours = !IsSet("NO_COLOR");
+    tool.hasColours = Environment("NO_COLOR").empty();
   }
   return RunTool({arguments + 1, arguments + argumentCount}, tool);
 }
