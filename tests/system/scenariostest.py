@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import signal
 import subprocess
 import tempfile
@@ -11,6 +12,7 @@ from xml.etree import ElementTree
 from processes import GENEROUS, wait_until
 
 FAILURES = pathlib.Path(__file__).parent / "failures"
+DOCUMENT = pathlib.Path(__file__).parents[2] / "docs" / "scenarios.md"
 PROGRAM = os.environ["VIRTUAL_CHARGER"]
 CANNOT_RUN_HERE = 3
 
@@ -57,6 +59,13 @@ class TheVirtualCharger(unittest.TestCase):
             self.assertIn(seen, failures[0].text.split("expected: ")[1])
             self.assertIn("Starting state machine", suite.find("testcase/system-out").text)
         self.assertIn("(round 2 of 3)", output.split("FAILED")[3])
+
+    def test_plays_each_scenario_in_its_document(self):
+        blocks = re.findall("^```scenario\n(.*?)^```", DOCUMENT.read_text(), re.MULTILINE | re.DOTALL)
+        self.assertGreaterEqual(len(blocks), 5)
+        status, output = play(*[self.scenario(block, f"block{number}")
+                                for number, block in enumerate(blocks)])
+        self.assertEqual(status, 0, output)
 
     def test_names_every_bad_line_before_anything_starts(self):
         path = self.scenario("conector charging\nconnector charging\nexpect lamp pink on\nwait 3 days\n")

@@ -158,7 +158,7 @@ StepAction ParseFault(CArguments& arguments) {
   auto fault = FaultNamed(name).value();
   fault.delay = kDefaultDelay;
   fault.text = "garbage";
-  const bool more = !arguments.Peek().empty() && arguments.Peek() != "times";
+  const bool more = !arguments.IsAtEnd() && arguments.Peek() != "times";
   if (name == "slow" && more) fault.delay = arguments.Time();
   if (name == "garbage" && more) fault.text = arguments.Word("the text that reads give");
   if (arguments.Take("times")) {

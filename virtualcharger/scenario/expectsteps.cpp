@@ -129,7 +129,7 @@ StepAction ParseExpectLog(CArguments& arguments) {
 
 StepAction ParseExpectNoLog(CArguments& arguments) {
   const auto level = ParseLevel(arguments, "a level");
-  const auto text = arguments.Peek().empty() ? "" : arguments.Word("");
+  const auto text = arguments.IsAtEnd() ? "" : arguments.Word("");
   arguments.End();
   return [=](ICharger& charger) {
     charger.ExpectNoLog(level, text);
@@ -139,7 +139,7 @@ StepAction ParseExpectNoLog(CArguments& arguments) {
 
 StepAction ParseExpectBeep(CArguments& arguments) {
   SBeepBounds bounds;
-  if (!arguments.Peek().empty() && arguments.Peek() != "for") {
+  if (!arguments.IsAtEnd() && arguments.Peek() != "for") {
     bounds.hz = arguments.Number("a pitch in Hz", 20, 20'000);
   }
   if (arguments.Take("for")) {

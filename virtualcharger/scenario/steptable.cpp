@@ -28,7 +28,7 @@ StepAction ParseWait(CArguments& arguments) {
 }
 
 StepAction ParseSay(CArguments& arguments) {
-  while (!arguments.Peek().empty()) arguments.Word("");
+  while (!arguments.IsAtEnd()) arguments.Word("");
   return [](ICharger&) { return std::string(); };
 }
 

@@ -35,6 +35,7 @@ class CArguments {
   std::chrono::milliseconds Time();
   // Takes the next word if it is this one.
   bool Take(std::string_view word);
+  bool IsAtEnd() const { return mNext == mWords.size(); }
   // Nothing may be left.
   void End() const;
 

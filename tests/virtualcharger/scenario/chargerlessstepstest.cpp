@@ -89,6 +89,7 @@ TEST(AStep, DoesWhatItsLineSays) {
       {"fault tone all slow times 3", "fault [tone] [] kind 1 error 0 delay 500 writes 3 garbage"},
       {R"(fault sensor in_illuminance_input garbage "nan")",
        "fault [sensor] [in_illuminance_input] kind 3 error 0 delay 500 writes 0 nan"},
+      {R"(fault sensor all garbage "")", "fault [sensor] [] kind 3 error 0 delay 500 writes 0 "},
       {"heal", "heal"},
       {"wait 1s", "wait 1000"},
       {"say whatever # comes", ""},
