@@ -116,7 +116,7 @@ class AnInterrupt(unittest.TestCase):
             stage.until("begin")
             with stage.channel("Feedback") as channel:
                 waiting = post_events(channel)
-                stage.finish()
+                self.assertRegex(stage.finish(), " warning .* The orderly end takes too long, ")
                 for each in waiting:
                     each.exception(GENEROUS)
             return max(stage.durations("interrupt daemon"))
