@@ -35,6 +35,7 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mRegistry(registry),
       mClock(bench.Begin()),
       mCharger(bench),
+      mPlay(bench, interrupt),
       mTimeline(mClock),
       mChronicle(bench, mClock, mTimeline),
       mLamp(bench.Hardware().Light(), bench.Hardware().LampWrites(), mClock),
@@ -52,6 +53,7 @@ void CDesk::Run() {
     mInterrupt.Check();
     mBench.Look();
     Turn();
+    if (mPlayRequest && mSteps.empty()) Play();
     Wait();
   }
 }
@@ -66,6 +68,20 @@ void CDesk::Turn() {
   if (now - mPublished < kInterval) return;
   if (IsInMotion() && now - mPublished < 2 * kInterval) return;
   Publish();
+}
+
+// The steps wait in here, and the desk goes on meanwhile.
+void CDesk::Play() {
+  const auto request = *std::exchange(mPlayRequest, std::nullopt);
+  const auto watch = [this] {
+    mNews = true;
+    Turn();
+  };
+  mPlay.Play(*request.entry, watch, [this](const std::string& step) {
+    mTimeline.AddStep(std::chrono::steady_clock::now(), step);
+  });
+  Tell(request.asked, mPlay.Failure().empty(), mPlay.Failure());
+  mNews = true;
 }
 
 void CDesk::Wait() {
@@ -99,8 +115,31 @@ void CDesk::Read(const CInbox::SLetter& letter) {
     BeginStep(letter);
     return;
   }
-  Tell({letter.client, letter.message["id"], nullptr}, false,
-       "this message is not understood; its type must be \"step\"");
+  if (type == "play") {
+    BeginPlay(letter);
+    return;
+  }
+  const SUnderWay asked{letter.client, letter.message["id"], nullptr};
+  if (type == "stop-play") {
+    const bool plays = mPlay.IsPlaying();
+    mPlay.Stop();
+    Tell(asked, plays, plays ? "" : "no scenario is being played");
+    return;
+  }
+  Tell(asked, false, R"(a message's "type" must be "step", "play" or "stop-play")");
+}
+
+void CDesk::BeginPlay(const CInbox::SLetter& letter) {
+  const SUnderWay asked{letter.client, letter.message["id"], nullptr};
+  const auto& name = letter.message["scenario"];
+  const auto* entry = mLibrary.Find(name.isString() ? name.asString() : "");
+  if (entry == nullptr) {
+    Tell(asked, false, fmt::format("there is no scenario {}", Compact(name)));
+  } else if (mPlay.IsPlaying() || mPlayRequest) {
+    Tell(asked, false, "a scenario is being played; stop it first");
+  } else {
+    mPlayRequest = {asked, entry};
+  }
 }
 
 void CDesk::BeginStep(const CInbox::SLetter& letter) {
@@ -176,6 +215,9 @@ Json::Value CDesk::State() const {
   auto state = Picture(mBench, mClock);
   state["settings"] = mStore.settings;
   state["storeError"] = mStore.error;
+  state["play"] = mPlay.State();
+  state["recording"]["on"] = false;
+  state["recording"]["text"] = "";
   return state;
 }
 

@@ -12,6 +12,7 @@
 #include "virtualcharger/desk/lampmessage.h"
 #include "virtualcharger/desk/library.h"
 #include "virtualcharger/desk/logfeed.h"
+#include "virtualcharger/desk/play.h"
 #include "virtualcharger/desk/storepicture.h"
 #include "virtualcharger/page/deskregistry.h"
 #include "virtualcharger/scenario/interrupt.h"
@@ -48,11 +49,18 @@ class CDesk {
     Deed deed;
   };
 
+  struct SPlayRequest {
+    SUnderWay asked;
+    const CLibrary::SEntry* entry;
+  };
+
   void Turn();
+  void Play();
   void Wait();
   int Timeout() const;
   void Read(const CInbox::SLetter& letter);
   void BeginStep(const CInbox::SLetter& letter);
+  void BeginPlay(const CInbox::SLetter& letter);
   bool GoOn(SUnderWay& step);
   void Tell(const SUnderWay& step, bool ok, const std::string& text);
   bool IsInMotion() const;
@@ -69,6 +77,8 @@ class CDesk {
   const CPageClock mClock;
   CInbox mInbox;
   CDeskCharger mCharger;
+  CPlay mPlay;
+  std::optional<SPlayRequest> mPlayRequest;
   CTimeline mTimeline;
   CChronicle mChronicle;
   CLampMessage mLamp;

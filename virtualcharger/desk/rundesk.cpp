@@ -17,11 +17,6 @@
 
 namespace {
 
-// The daemon would take this machine's own console for its beeper.
-void SpareTheConsole(CBench& bench) {
-  if (access("/dev/tty0", F_OK) == 0) bench.SetStored("HwHasBuzzer", false);
-}
-
 SRunningCharger Entry(const std::string& name, const CDesk& desk, CPrivateRoot& root) {
   SRunningCharger charger;
   charger.name = name;
@@ -46,8 +41,7 @@ void Live(const SRunOptions& options, CBench& bench, CInterrupt& interrupt) {
   CDeskRegistry registry(options.name);
   std::optional<CPageOpener> opener;
   if (options.openPage) opener.emplace();
-  const auto remedy = bench.Hardware().Start().value_or("");
-  if (!remedy.empty()) SpareTheConsole(bench);
+  const auto remedy = bench.StartHardware().value_or("");
   const CLibrary library(std::filesystem::path(ThisProgram()).parent_path());
   CDesk desk({options.name, remedy, options.port}, bench, interrupt, library, registry);
   registry.Announce(Entry(options.name, desk, bench.Processes().Root()));

@@ -24,6 +24,13 @@ void CChargerHardware::SetListener(const std::function<void()>& listener) {
   mTone->SetListener(listener);
 }
 
+void CChargerHardware::DarkenLamp() {
+  for (std::size_t index = 0; index < kStatusLightDevices.size(); ++index) {
+    mLight.Channels()[index]->Write("brightness", "0");
+    mLampWrites->Add({{}, std::string(kStatusLightDevices[index]), "brightness", "0", 0, 1});
+  }
+}
+
 std::optional<std::string> CChargerHardware::Start() {
   if (auto failure = EnterPrivateNamespace()) return failure;
   mMounted.emplace(CFuseServer::Trees{

@@ -31,6 +31,9 @@ class CChargerHardware {
   // Called on any thread when something was written to it, refused or not. Set before it starts.
   void SetListener(const std::function<void()>& listener);
 
+  // As it is before anything is written to it.
+  void DarkenLamp();
+
   CFaults& Faults() { return *mFaults; }
   const CFaults& Faults() const { return *mFaults; }
   const CWriteHistory& LampWrites() const { return *mLampWrites; }

@@ -1,6 +1,7 @@
 #include "virtualcharger/scenario/bench.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -49,6 +50,26 @@ std::string Note(const std::string& peer, const std::string& outcome) {
 CBench::CBench(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware)
     : mHardware(hardware), mProcesses(processes) {
   KvConfig::SetStore(mProcesses.Root().Store());
+}
+
+std::optional<std::string> CBench::StartHardware() {
+  auto failure = mHardware.Start();
+  mHasHardware = !failure;
+  SpareTheConsole();
+  return failure;
+}
+
+void CBench::Renew() {
+  mProcesses.Forget();
+  mProcesses.Root().WriteStore();
+  SpareTheConsole();
+  mHardware.Sensor().SetLux(0);
+  mHardware.DarkenLamp();
+}
+
+// The daemon would take this machine's own console for its beeper.
+void CBench::SpareTheConsole() {
+  if (!mHasHardware && access("/dev/tty0", F_OK) == 0) SetStored("HwHasBuzzer", false);
 }
 
 void CBench::Look() {

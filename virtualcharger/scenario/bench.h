@@ -48,6 +48,12 @@ class CBench {
   CProcesses& Processes() { return mProcesses; }
   const CProcesses& Processes() const { return mProcesses; }
 
+  // Returns the error's text; everything but the hardware works then, too. Called while the process
+  // has one thread.
+  [[nodiscard]] std::optional<std::string> StartHardware();
+  // With no process running: store, light and lamp as they are at the beginning.
+  void Renew();
+
   // Takes in what has happened.
   void Look();
   SView View() const;
@@ -80,9 +86,11 @@ class CBench {
   Deed Ask(const std::string& question, bool accepted);
   Deed Tell(const std::string& peer, const std::string& command);
   void CheckSilence() const;
+  void SpareTheConsole();
 
   const TimePoint mBegin = std::chrono::steady_clock::now();
   CChargerHardware mHardware;
+  bool mHasHardware = false;
   CWriteHistory::Mark mLooked = 0;
   SSeen mLamp{"", mBegin};
   SSeen mBrightness{"", mBegin};

@@ -16,13 +16,25 @@ constexpr std::chrono::milliseconds kGlance{5};  // between two looks
 CCharger::CCharger(CBench& bench, CInterrupt& interrupt) : mBench(bench), mInterrupt(interrupt) {}
 
 void CCharger::Start() {
-  if (const auto failure = mBench.Hardware().Start()) throw CCannotRun(*failure);
+  if (const auto failure = mBench.StartHardware()) throw CCannotRun(*failure);
+  Begin();
+}
+
+void CCharger::Begin() {
   Await(mBench.Processes().StartAll());
   ExpectLamp(kDisabled, std::nullopt);
 }
 
 void CCharger::Stop() {
   Await(mBench.Stop());
+}
+
+void CCharger::Renew() {
+  mBench.Processes().TakeDeath();  // of another time
+  Await(mBench.Stop());
+  mBench.Renew();
+  Mark();
+  Begin();
 }
 
 void CCharger::Request(ERequest request, bool accepted) {

@@ -35,6 +35,9 @@ class CCharger : public ICharger {
   void Start();
   // Throws CStepFailure where something does not end orderly.
   void Stop();
+  // The same charger as it is when a scenario begins, whatever was done with it. Throws
+  // CStepFailure.
+  void Renew();
 
   // Nothing while no expectation waits. May be asked by the watcher.
   std::optional<SWaiting> Waiting() const;
@@ -92,6 +95,7 @@ class CCharger : public ICharger {
     std::chrono::milliseconds Rest() const;
   };
 
+  void Begin();
   // At the deed's end, with its note.
   std::string Await(Deed deed);
   // False where the condition does not hold within the time.

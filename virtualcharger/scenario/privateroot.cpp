@@ -44,6 +44,10 @@ CPrivateRoot::CPrivateRoot() {
         fmt::format("cannot make a folder {}: {}", mPath, std::generic_category().message(errno)));
   }
   std::filesystem::create_directory(mPath + "/etc");
+  WriteStore();
+}
+
+void CPrivateRoot::WriteStore() const {
   std::ofstream store(Store());
   store << fmt::format(kStore, Sockets());
   if (!store.flush()) throw std::runtime_error("cannot write " + Store());

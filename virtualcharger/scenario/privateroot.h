@@ -13,6 +13,9 @@ class CPrivateRoot {
   // Removes it, unless it is to be kept.
   ~CPrivateRoot();
 
+  // The store as it is at the beginning. Throws std::runtime_error.
+  void WriteStore() const;
+
   void Keep() { mKeep = true; }
 
   // Without a slash at the end.

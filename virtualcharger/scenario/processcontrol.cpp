@@ -49,10 +49,14 @@ Deed CProcesses::StopAll() {
   for (auto& [name, process] : mProcesses) {
     if (process.status.frozen) Control(EProcessAction::Thaw, name);
   }
-  return Then(Runs(kDaemon) ? Stop(kDaemon) : Done(), [this](const std::string&) {
+  // What only begins to run cannot end orderly yet.
+  const auto end = [this](const std::string& name) {
+    return Status(name).state == EProcessState::Starting ? Kill(name) : Stop(name);
+  };
+  return Then(Runs(kDaemon) ? end(kDaemon) : Done(), [this, end](const std::string&) {
     std::vector<Deed> peers;
     for (const auto& [name, process] : mProcesses) {
-      if (process.link) peers.push_back(Stop(name));
+      if (process.link) peers.push_back(end(name));
     }
     return All(std::move(peers));
   });
@@ -62,7 +66,6 @@ Deed CProcesses::Control(EProcessAction action, const std::string& name) {
   auto& process = mProcesses.at(name);
   switch (action) {
     case EProcessAction::Start:
-      if (Child(process) != nullptr) throw CStepFailure(name + " runs already");
       return name == kDaemon ? StartDaemon() : StartPeer(name);
     case EProcessAction::Kill:
       return Kill(name);
@@ -97,6 +100,12 @@ Deed CProcesses::Tell(const std::string& peer, const std::string& command) {
   };
 }
 
+CProcesses::SProcess& CProcesses::Ended(const std::string& name) {
+  auto& process = mProcesses.at(name);
+  if (Child(process) != nullptr) throw CStepFailure(name + " runs already");
+  return process;
+}
+
 CChildProcess& CProcesses::Running(const std::string& name) {
   auto* child = Child(mProcesses.at(name));
   if (child == nullptr) {
@@ -114,7 +123,7 @@ CChildProcess& CProcesses::Unfrozen(const std::string& name) {
 }
 
 Deed CProcesses::StartPeer(const std::string& name) {
-  auto& process = mProcesses.at(name);
+  auto& process = Ended(name);
   const CFile log(mRoot.Log(name), kAppend);
   process.link = std::make_unique<CPeerLink>(
       std::vector<std::string>{ThisProgram(), "--peer", name, "--store", mRoot.Store(), "--state",
@@ -132,7 +141,7 @@ Deed CProcesses::StartPeer(const std::string& name) {
 Deed CProcesses::StartDaemon() {
   const CFile log(mRoot.Log("feedback"), kAppend);
   const CFile nothing("/dev/null", O_RDONLY);
-  mProcesses.at(kDaemon).daemon = std::make_unique<CChildProcess>(
+  Ended(kDaemon).daemon = std::make_unique<CChildProcess>(
       std::vector<std::string>{mSettings.daemon, "-r", mRoot.Path() + '/'},
       CChildProcess::SStandard{nothing.Get(), log.Get(), log.Get()});
   return Started(kDaemon);

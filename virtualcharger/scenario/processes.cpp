@@ -28,6 +28,13 @@ CProcesses::CProcesses(SSettings settings)
 
 CProcesses::~CProcesses() = default;
 
+void CProcesses::Forget() {
+  mSignals.clear();
+  mDisplay.reset();
+  mMeterAccepts = true;
+  mConnector = {ipc::EConnectorStateAvailable, Clock::now()};
+}
+
 void CProcesses::Look() {
   for (const auto& [name, process] : mProcesses) {
     if (process.link) process.link->Read();

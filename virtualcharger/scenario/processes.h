@@ -71,6 +71,8 @@ class CProcesses {
   Deed StartAll();
   // Frozen ones are thawed; everything that runs ends orderly, the daemon first.
   Deed StopAll();
+  // Nothing has been told yet; the connector is available. No process runs.
+  void Forget();
   // The deed ends when what was done has come into force: a daemon that was stopped or killed has
   // lost its subscriptions by then.
   Deed Control(EProcessAction action, const std::string& name);
@@ -110,6 +112,7 @@ class CProcesses {
   };
 
   static CChildProcess* Child(const SProcess& process);
+  SProcess& Ended(const std::string& name);
   CChildProcess& Running(const std::string& name);
   CChildProcess& Unfrozen(const std::string& name);
   Deed StartPeer(const std::string& name);

@@ -1,0 +1,76 @@
+#include "virtualcharger/desk/play.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+
+namespace {
+
+class CStopped : public std::exception {};
+
+constexpr auto kStopped = "stopped";
+
+// Set while something lives.
+template <typename Thing>
+auto Shown(const Thing*& place, const Thing& thing) {
+  place = &thing;
+  const auto clear = [&place](const Thing*) { place = nullptr; };
+  return std::unique_ptr<const Thing, decltype(clear)>(&thing, clear);
+}
+
+}  // namespace
+
+void CPlay::Play(const CLibrary::SEntry& entry, const std::function<void()>& watch,
+                 const std::function<void(const std::string& step)>& tell) {
+  mScenario = entry.name;
+  mLine = 0;
+  mText = "the charger begins anew";
+  mFailure.clear();
+  mStopped = false;
+  const auto scenario = ReadScenario(entry.path);
+  CCharger charger(mBench, mInterrupt);
+  const auto shownCharger = Shown<CCharger>(mCharger, charger);
+  charger.SetWatcher([&] {
+    watch();
+    if (mStopped) throw CStopped();
+  });
+  try {
+    if (!scenario.errors.empty()) throw CStepFailure(scenario.errors.front());
+    charger.Renew();
+    DoSteps(scenario, charger, tell);
+  } catch (const CStopped&) {
+    mFailure = kStopped;
+  } catch (const CInterrupted&) {
+    throw;
+  } catch (const std::exception& failure) {
+    mFailure = failure.what();
+  }
+}
+
+void CPlay::DoSteps(const SScenario& scenario, CCharger& charger,
+                    const std::function<void(const std::string& step)>& tell) {
+  CPlayer player(scenario, charger);
+  const auto shownPlayer = Shown<CPlayer>(mPlayer, player);
+  while (const auto* step = player.Step()) {
+    mLine = step->line;
+    mText = step->text;
+    tell(step->text);
+    mInterrupt.Check();  // few steps wait, and rounds can be many
+    player.Do();
+  }
+}
+
+Json::Value CPlay::State() const {
+  Json::Value state;
+  state["scenario"] = mScenario;
+  state["line"] = mLine;
+  state["text"] = mText;
+  if (mPlayer != nullptr && !mPlayer->Round().empty()) {
+    state["text"] = fmt::format("{} ({})", mText, mPlayer->Round());
+  }
+  const auto waiting = mCharger == nullptr ? std::nullopt : mCharger->Waiting();
+  state["waiting"] = waiting ? fmt::format("{}: seen {}", waiting->awaited, waiting->seen) : "";
+  state["failed"] = mFailure;
+  state["done"] = !mScenario.empty() && !IsPlaying();
+  return state;
+}
