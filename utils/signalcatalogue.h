@@ -34,6 +34,12 @@ struct CSignalDescription {
   ESignalCategory category;
 };
 
+// Where errors, warnings and events begin; measurements and states stand before them.
+inline constexpr int kFirstError = 1000;
+inline constexpr int kFirstWarning = 10'000;
+inline constexpr int kLastWarning = 19'999;
+inline constexpr int kFirstEvent = 20'000;
+
 // All signals in ascending order of their identifiers. Valid until the process ends; any thread.
 std::span<const CSignalDescription> AllSignals();
 

@@ -18,10 +18,8 @@
 
 namespace {
 
-constexpr auto kStateLimit = std::chrono::seconds(2);
-
 SCheck CheckState(CServices& services) {
-  const auto state = AwaitState(*services.Client<IGenericControl>(kControlService), kStateLimit);
+  const auto state = AwaitState(*services.Client<IGenericControl>(kControlService));
   const auto text = state ? StateToString(*state) : "not reported";
   const auto check = [&](EVerdict verdict, const char* remedy) {
     return SCheck{verdict, "daemon", text, remedy};

@@ -20,15 +20,11 @@
 
 namespace {
 
-constexpr auto kStateLimit = std::chrono::seconds(2);
-constexpr int kFirstError = 1000;
-constexpr int kLastError = 9999;
-
 // By asking for each: a subscription would tell them too, but not when it has told them all.
 std::vector<SLampFacts::SError> ErrorsThatAreOn(IDiagnostics& diagnostics) {
   std::vector<std::pair<std::chrono::system_clock::time_point, SLampFacts::SError>> found;
   for (const auto& signal : AllSignals()) {
-    if (signal.identifier < kFirstError || signal.identifier > kLastError) {
+    if (signal.identifier < kFirstError || signal.identifier >= kFirstWarning) {
       continue;
     }
     for (const auto instance : {ipc::EInstanceTypeAll, ipc::EInstanceTypeConnector1}) {
@@ -62,7 +58,7 @@ SLampFacts Ask(const CInvocation& invocation) {
     facts.errors = ErrorsThatAreOn(*diagnostics);
   }
   if (services.WhyNoAnswer(kControlService).empty()) {
-    facts.state = AwaitState(*services.Client<IGenericControl>(kControlService), kStateLimit);
+    facts.state = AwaitState(*services.Client<IGenericControl>(kControlService));
   }
   if (services.WhyNoAnswer(kSessionManagerService).empty()) {
     try {

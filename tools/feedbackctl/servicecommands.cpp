@@ -1,23 +1,14 @@
 #include <fmt/format.h>
-#include <json/json.h>
 
-#include <optional>
-
-#include "platform/rpc/communicationexception.h"
-#include "platform/rpc/interfaces/diagnostics.h"
 #include "platform/rpc/interfaces/feedback.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "platform/rpc/interfaces/logconfig.h"
 #include "tools/feedbackctl/commands.h"
 #include "tools/feedbackctl/services.h"
-#include "tools/feedbackctl/settingtext.h"
 #include "tools/feedbackctl/words.h"
 #include "utils/controltext.h"
-#include "utils/signalcatalogue.h"
 
 namespace {
-
-constexpr auto kStateLimit = std::chrono::seconds(2);
 
 ipc::EInstanceType Instance(const CInvocation& invocation) {
   return static_cast<ipc::EInstanceType>(
@@ -35,64 +26,7 @@ int TellVerdict(const ipc::MResult& result, const CTool& tool) {
   return kFailed;
 }
 
-std::string LogText(const ipc::MLogConfig& config) {
-  return fmt::format("{}, console {}",
-                     KnownWords("LEVEL").at(static_cast<std::size_t>(config.level())),
-                     config.console() ? "on" : "off");
-}
-
 }  // namespace
-
-int RunStatus(const CInvocation& invocation, const CTool& tool) {
-  CServices services(invocation);
-  const auto reasons = services.ReasonsForSilence();
-  const bool wantsJson = invocation.Has("--json");
-  Json::Value json;
-  // A service that does not answer, or fails in the middle, costs its own line only.
-  const auto line = [&](const char* what, const char* name, const char* service, const auto& text) {
-    std::optional<std::string> known;
-    std::string shown = "unknown";
-    if (reasons.at(service).empty()) {
-      try {
-        known = text();
-        shown = known.value_or("not reported yet");
-      } catch (const Rpc::CommunicationException& error) {
-        shown += fmt::format(": {}", error.what());
-      }
-    }
-    json[name] = known ? Json::Value(*known) : Json::Value();
-    if (!wantsJson) {
-      tool.out << fmt::format("{:<10} {}\n", what, shown);
-    }
-  };
-  line("state", "state", kControlService, [&]() -> std::optional<std::string> {
-    const auto state = AwaitState(*services.Client<IGenericControl>(kControlService), kStateLimit);
-    return state ? std::optional(StateToString(*state)) : std::nullopt;
-  });
-  line("log level", "logLevel", kLogService, [&] {
-    return std::optional(LogText(services.Client<ILogConfig>(kLogService)->GetLogConfig()));
-  });
-  line("lamp", "lamp", kDiagnosticsService, [&]() -> std::optional<std::string> {
-    const auto lamp = LastSignal(*services.Client<IDiagnostics>(kDiagnosticsService),
-                                 Signals::LedState.identifier);
-    return lamp ? std::optional(lamp->data(0).string_value()) : std::nullopt;
-  });
-  if (wantsJson) {
-    for (const auto& [service, reason] : reasons) {
-      json["services"][service]["answers"] = reason.empty();
-      json["services"][service]["reason"] = reason;
-    }
-    tool.out << JsonText(json) << '\n';
-  } else {
-    tool.out << fmt::format("services in {}:\n", services.Directory());
-    for (const auto* service : kServices) {
-      const auto& reason = reasons.at(service);
-      tool.out << fmt::format("  {:<16} {}\n", service, reason.empty() ? "answers" : reason);
-    }
-  }
-  services.RequireAnswer(kControlService);
-  return kDone;
-}
 
 int RunEnable(const CInvocation& invocation, const CTool& tool) {
   CServices services(invocation);

@@ -12,6 +12,7 @@
 #include "platform/rpc/interfaces/diagnostics.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "tools/feedbackctl/socketprobe.h"
+#include "tools/feedbackctl/words.h"
 
 namespace {
 
@@ -94,4 +95,10 @@ std::optional<ipc::MDiagnosticsSignal> LastSignal(IDiagnostics& diagnostics,
     // It is not there, or nobody has sent the signal yet.
   }
   return std::nullopt;
+}
+
+std::string LogText(const ipc::MLogConfig& config) {
+  return fmt::format("{}, console {}",
+                     KnownWords("LEVEL").at(static_cast<std::size_t>(config.level())),
+                     config.console() ? "on" : "off");
 }

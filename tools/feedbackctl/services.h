@@ -11,6 +11,7 @@
 
 #include "platform/ipc/diagnostics.pb.h"
 #include "platform/ipc/genericcontrol.pb.h"
+#include "platform/ipc/logconfig.pb.h"
 #include "platform/rpc/appcommunicationhost.h"
 #include "tools/feedbackctl/commandline.h"
 
@@ -70,9 +71,13 @@ class CServices {
 };
 
 // The state that the process reports when it is asked; empty when it has not reported any.
-std::optional<ipc::EState> AwaitState(IGenericControl& control, std::chrono::milliseconds limit);
+std::optional<ipc::EState> AwaitState(IGenericControl& control,
+                                      std::chrono::milliseconds limit = std::chrono::seconds(2));
 
 // The last value that was sent, with at least one datum; empty when diagnostics cannot say.
 std::optional<ipc::MDiagnosticsSignal> LastSignal(
     IDiagnostics& diagnostics, ipc::ESignalIdentifier identifier,
     ipc::EInstanceType instance = ipc::EInstanceTypeAll);
+
+// "info, console on".
+std::string LogText(const ipc::MLogConfig& config);

@@ -12,10 +12,6 @@ namespace {
 
 using Type = ipc::MDiagnosticsNotificationType;
 
-constexpr int kFirstError = 1000;
-constexpr int kFirstWarning = 10000;
-constexpr int kFirstSecurityEvent = 20000;
-
 std::string Text(const ipc::MDiagnosticsData& data) {
   switch (data.value_case()) {
     case ipc::MDiagnosticsData::kBoolValue:
@@ -62,11 +58,10 @@ std::optional<Type::Type> NotificationTypeOf(const ipc::MDiagnosticsSignal& sign
   const auto& data = signal.data(0);
   const int identifier = signal.identifier();
   if (data.value_case() == ipc::MDiagnosticsData::kBoolValue && identifier >= kFirstError &&
-      identifier < kFirstSecurityEvent) {
+      identifier < kFirstEvent) {
     return identifier < kFirstWarning ? Type::EError : Type::EWarning;
   }
-  if (data.value_case() == ipc::MDiagnosticsData::kStringValue &&
-      identifier >= kFirstSecurityEvent) {
+  if (data.value_case() == ipc::MDiagnosticsData::kStringValue && identifier >= kFirstEvent) {
     return Type::ECriticalSecurityEvent;
   }
   return std::nullopt;

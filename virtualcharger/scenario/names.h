@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "utils/signalcatalogue.h"
+
 struct SNames {
   std::vector<std::string> names;
   std::vector<int> numbers;  // of the name at the same place
@@ -18,9 +20,6 @@ const SNames& DaemonStates();
 std::string DaemonStateName(int state);
 // Errors and warnings of the signal catalogue: "charge-control-cp-short".
 const SNames& Errors();
-inline constexpr int kFirstError = 1000;
-inline constexpr int kFirstWarning = 10'000;
-inline constexpr int kLastWarning = 19'999;
 
 // The lamp's channels in their order, then the other hardware.
 const std::vector<std::string>& Devices();
