@@ -1,8 +1,10 @@
 """feedbackctl beside a real daemon and its peers."""
 
+import contextlib
 import json
 import os
 import pathlib
+import pty
 import re
 import shutil
 import signal
@@ -85,6 +87,28 @@ class FeedbackCtl(unittest.TestCase):
         next_line("state", "Uninitialized")
         watch.send_signal(signal.SIGINT)
         self.assertEqual(watch.wait(GENEROUS), 0)
+
+    def test_redraws_its_view_only_on_a_terminal_that_can(self):
+        self.start_charger()
+        self.set_error(1004, True)
+        wait_until(lambda: self.json("lamp")["lamp"] == "Red/Blink3", "the lamp's report")
+        for environment, redraws, colours in (({"TERM": "xterm"}, True, True),
+                                              ({"TERM": "xterm", "NO_COLOR": "1"}, True, False),
+                                              ({"TERM": "dumb"}, False, False)):
+            terminal, its_end = pty.openpty()
+            with open(terminal, "rb", 0) as screen:
+                watch = subprocess.Popen(self.command("watch"), stdout=its_end, env=environment)
+                self.addCleanup(watch.kill)
+                os.close(its_end)
+                shown = b""
+                with contextlib.suppress(OSError):  # the end of a terminal
+                    while part := screen.read(1024):
+                        shown += part
+                        if b"Red/Blink3" in shown:
+                            watch.send_signal(signal.SIGINT)
+            self.assertEqual(watch.wait(GENEROUS), 0)
+            self.assertIn(b"Red/Blink3", shown)
+            self.assertEqual((b"\x1b[J" in shown, b"48;2;255;0;0" in shown), (redraws, colours))
 
     def test_finds_what_is_wrong(self):
         daemon, peers = self.start_charger()

@@ -11,6 +11,7 @@
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "platform/rpc/interfaces/logconfig.h"
 #include "tools/feedbackctl/settingtext.h"
+#include "tools/feedbackctl/socketprobe.h"
 #include "tools/feedbackctl/storecheck.h"
 #include "tools/feedbackctl/words.h"
 #include "utils/controltext.h"
@@ -52,6 +53,16 @@ SCheck CheckLogLevel(CServices& services) {
   return {EVerdict::EOk, "log level", level, ""};
 }
 
+std::string Remedy(const std::string& service, const std::string& reason) {
+  if (reason.ends_with(kRefusesUser)) {
+    return "become root, or name the user in the store's AllowedUsers";
+  }
+  const bool isOwn =
+      service == kControlService || service == kLogService || service == kFeedbackService;
+  return isOwn ? "start the daemon, or restart one that hangs"
+               : "start the process that offers it; the daemon finds it by itself";
+}
+
 SCheck CheckService(const std::string& service, const std::string& reason,
                     const CInvocation& invocation) {
   if (reason.empty()) {
@@ -62,11 +73,7 @@ SCheck CheckService(const std::string& service, const std::string& reason,
            .asBool()) {
     return {EVerdict::EOk, service, "not needed: HwHasMeterDisplay is false", ""};
   }
-  const bool isOwn =
-      service == kControlService || service == kLogService || service == kFeedbackService;
-  return {EVerdict::EFailed, service, reason,
-          isOwn ? "start the daemon, or restart one that hangs"
-                : "start the process that offers it; the daemon finds it by itself"};
+  return {EVerdict::EFailed, service, reason, Remedy(service, reason)};
 }
 
 }  // namespace

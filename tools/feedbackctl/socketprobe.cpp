@@ -32,7 +32,7 @@ std::string Failure(const std::string& path) {
       return path + " does not answer";
     case EPIPE:
     case ECONNRESET:
-      return path + " closes the connection: this user may not use it";
+      return fmt::format("{} closes the connection: {}", path, kRefusesUser);
     default:
       return fmt::format("{}: {}", path, std::generic_category().message(errno));
   }

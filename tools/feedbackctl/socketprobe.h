@@ -3,8 +3,12 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/rpc/peercheck.h"
+
+// The end of what happened where the service does not take this user.
+inline constexpr std::string_view kRefusesUser = "this user may not use it";
 
 // Greets as an HTTP/2 client does, which every gRPC server answers before any call. Empty when it
 // answers within a second, else what happened, with the path.
