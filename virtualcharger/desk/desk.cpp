@@ -42,12 +42,26 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
       mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
-      mServer({mSettings.port, bench.Begin()}, mInbox) {
+      mMessages(mClock),
+      mServer({mSettings.port, bench.Begin()}, *mInbox) {
   mFiles.Add(bench.Processes().Root().Log("feedback"));
-  mBench.Hardware().SetListener([this] { mInbox.Wake(); });
+  mBench.Processes().HearOtherEvents([this](const std::string& peer, const std::string& kind,
+                                            std::int64_t number, const std::string& text) {
+    if (kind == "message") mMessages.Take(peer, number, text);
+  });
+  // Held by its own right: the hardware may call as long as it lives.
+  mBench.Hardware().SetListener([inbox = mInbox] { inbox->Wake(); });
 }
 
 void CDesk::Run() {
+  try {
+    Live();
+  } catch (const CInterrupted&) {
+    CCharger(mBench, mInterrupt).Stop();
+  }
+}
+
+void CDesk::Live() {
   mSteps.push_back({0, {}, mBench.Processes().StartAll()});
   for (;;) {
     mInterrupt.Check();
@@ -60,7 +74,7 @@ void CDesk::Run() {
 
 void CDesk::Turn() {
   std::erase_if(mSteps, [this](SUnderWay& step) { return !GoOn(step); });
-  for (const auto& letter : mInbox.Take()) Read(letter);
+  for (const auto& letter : mInbox->Take()) Read(letter);
   if (mFiles.Take().contains(mStoreFolder)) {
     mStore = ReadStorePicture(mBench.Processes().Root().Store());
   }
@@ -86,7 +100,8 @@ void CDesk::Play() {
 
 void CDesk::Wait() {
   auto inputs = mBench.Processes().Inputs();
-  for (const int descriptor : {mInterrupt.Descriptor(), mInbox.Descriptor(), mFiles.Descriptor()}) {
+  for (const int descriptor :
+       {mInterrupt.Descriptor(), mInbox->Descriptor(), mFiles.Descriptor()}) {
     inputs.push_back({descriptor, POLLIN, 0});
   }
   if (poll(inputs.data(), inputs.size(), Timeout()) > 0) mNews = true;
@@ -201,6 +216,7 @@ void CDesk::Publish() {
     mServer.Publish(Compact(state), CPageServer::EWaiting::Replace);
   }
   PublishRows("timeline", mTimeline.TakeNew());
+  PublishRows("messages", mMessages.TakeNew());
   PublishRows("log", mLog.TakeNew());
 }
 
@@ -242,7 +258,7 @@ void CDesk::Greet(CInbox::ClientId client, bool mayWrite) {
   }
   hello["words"] = Vocabulary(mLibrary);
   hello["timeline"] = mTimeline.Rows();
-  hello["messages"] = Json::Value(Json::arrayValue);
+  hello["messages"] = mMessages.Rows();
   hello["log"] = mLog.Rows();
   hello["state"] = State();
   hello["lamp"] = mLamp.From(std::chrono::steady_clock::now());

@@ -2,8 +2,10 @@
 // for, and tells them what is seen, heard and said.
 #pragma once
 
-#include <deque>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "virtualcharger/desk/chronicle.h"
 #include "virtualcharger/desk/deskcharger.h"
@@ -12,6 +14,7 @@
 #include "virtualcharger/desk/lampmessage.h"
 #include "virtualcharger/desk/library.h"
 #include "virtualcharger/desk/logfeed.h"
+#include "virtualcharger/desk/messagefeed.h"
 #include "virtualcharger/desk/play.h"
 #include "virtualcharger/desk/storepicture.h"
 #include "virtualcharger/page/deskregistry.h"
@@ -36,7 +39,8 @@ class CDesk {
   std::string Address() const { return mServer.Address(); }
   std::string Url() const { return mServer.Url(); }
 
-  // Until CInterrupted is thrown.
+  // Until the user interrupts it; the charger ends orderly then. Throws CInterrupted if the user
+  // does not wait for that, and CStepFailure where something does not end.
   void Run();
 
  private:
@@ -54,6 +58,7 @@ class CDesk {
     const CLibrary::SEntry* entry;
   };
 
+  [[noreturn]] void Live();
   void Turn();
   void Play();
   void Wait();
@@ -75,7 +80,7 @@ class CDesk {
   const CLibrary& mLibrary;
   const CDeskRegistry& mRegistry;
   const CPageClock mClock;
-  CInbox mInbox;
+  const std::shared_ptr<CInbox> mInbox = std::make_shared<CInbox>();
   CDeskCharger mCharger;
   CPlay mPlay;
   std::optional<SPlayRequest> mPlayRequest;
@@ -86,6 +91,7 @@ class CDesk {
   const int mStoreFolder;
   SStorePicture mStore;
   CLogFeed mLog;
+  CMessageFeed mMessages;
   std::vector<SUnderWay> mSteps;
   bool mNews = true;  // that may have to be published
   TimePoint mPublished{};

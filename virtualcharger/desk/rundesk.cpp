@@ -11,7 +11,6 @@
 #include "virtualcharger/desk/desk.h"
 #include "virtualcharger/desk/pageopener.h"
 #include "virtualcharger/page/deskregistry.h"
-#include "virtualcharger/scenario/charger.h"
 #include "virtualcharger/scenario/exitstatus.h"
 #include "virtualcharger/scenario/names.h"
 
@@ -66,11 +65,7 @@ int RunDesk(const SRunOptions& options) {
       bench.Processes().Root().Keep();
       fmt::print("the run's folder: {}\n", bench.Processes().Root().Path());
     }
-    try {
-      Live(options, bench, interrupt);
-    } catch (const CInterrupted&) {
-      CCharger(bench, interrupt).Stop();
-    }
+    Live(options, bench, interrupt);
   } catch (const CInterrupted& impatient) {
     return kSignalled + impatient.Signal();
   } catch (const std::exception& failure) {

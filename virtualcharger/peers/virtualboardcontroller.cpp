@@ -6,15 +6,20 @@
 #include <utility>
 
 #include "platform/rpc/communicationexception.h"
+#include "utils/controltext.h"
 
 namespace {
 
-std::string Outcome(const std::function<ipc::MResult()>& ask) {
+constexpr auto kControl = "FeedbackGenCtrl";
+
+std::string Outcome(CWireLog::CMessage message, const std::function<ipc::MResult()>& ask) {
   try {
     const auto result = ask();
+    message.End(result);
     if (result.result() == ipc::EResultOk) return std::string(kOutcomeOk);
     return fmt::format("{} {}", kOutcomeRefused, result.text());
   } catch (const Rpc::CommunicationException& exception) {
+    message.End(exception.what(), false);
     return fmt::format("{} {}", kOutcomeUnreachable, exception.what());
   }
 }
@@ -24,20 +29,27 @@ std::string Outcome(const std::function<ipc::MResult()>& ask) {
 CVirtualBoardController::CVirtualBoardController(std::shared_ptr<IGenericControl> control,
                                                  std::shared_ptr<IFeedback> feedback,
                                                  PeerEvents events)
-    : mEvents(std::move(events)), mControl(std::move(control)), mFeedback(std::move(feedback)) {
+    : mEvents(std::move(events)),
+      mWire("board-controller", mEvents),
+      mControl(std::move(control)),
+      mFeedback(std::move(feedback)) {
   mControl->ConnectReporters(
       [this](const ipc::MState& state) {
+        mWire.Report(kControl, "WatchState", StateToString(state));
         mEvents(fmt::format("state {}", static_cast<int>(state.state())));
       },
-      [this] { mEvents(fmt::format("alive {}", ++mAlive)); });
+      [this] {
+        mWire.Report(kControl, "WatchAlive", "alive");
+        mEvents(fmt::format("alive {}", ++mAlive));
+      });
 }
 
 std::string CVirtualBoardController::Enable() {
-  return Outcome([this] { return mControl->Enable(); });
+  return Outcome(mWire.Call(kControl, "Enable"), [this] { return mControl->Enable(); });
 }
 
 std::string CVirtualBoardController::Disable() {
-  return Outcome([this] { return mControl->Disable(); });
+  return Outcome(mWire.Call(kControl, "Disable"), [this] { return mControl->Disable(); });
 }
 
 std::string CVirtualBoardController::Trigger(int event) {
@@ -45,5 +57,7 @@ std::string CVirtualBoardController::Trigger(int event) {
   type.set_event(static_cast<ipc::EFbEventType>(event));
   ipc::MInstanceType connector;
   connector.set_instance(ipc::EInstanceTypeConnector1);
-  return Outcome([&] { return mFeedback->TriggerFeedbackEvent(type, connector); });
+  return Outcome(mWire.Call("Feedback", "TriggerFeedbackEvent",
+                            fmt::format("{} ({})", FbEventTypeToString(type), event)),
+                 [&] { return mFeedback->TriggerFeedbackEvent(type, connector); });
 }

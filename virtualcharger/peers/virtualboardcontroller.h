@@ -9,6 +9,7 @@
 #include "platform/rpc/interfaces/feedback.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "virtualcharger/peers/peer.h"
+#include "virtualcharger/peers/wirelog.h"
 
 // Events: "state NUMBER" for each state that the daemon reports, "alive COUNT" for each time that
 // it says that it is alive.
@@ -30,6 +31,7 @@ class CVirtualBoardController {
 
  private:
   const PeerEvents mEvents;
+  const CWireLog mWire;
   std::atomic<unsigned> mAlive = 0;
   const std::shared_ptr<IGenericControl> mControl;
   const std::shared_ptr<IFeedback> mFeedback;

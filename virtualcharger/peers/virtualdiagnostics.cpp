@@ -12,6 +12,21 @@ namespace {
 
 using Type = ipc::MDiagnosticsNotificationType;
 
+constexpr auto kService = "Diagnostics";
+constexpr auto kNotification = "Notifications";
+
+// "LED state"; "1004 ChargeControl Cp Low Error" for what is known by its number.
+std::string Name(ipc::ESignalIdentifier identifier) {
+  const auto* description = FindSignal(identifier);
+  if (description == nullptr) return fmt::format("signal {}", static_cast<int>(identifier));
+  if (identifier < kFirstError) return std::string(description->name);
+  return fmt::format("{} {}", static_cast<int>(identifier), description->name);
+}
+
+std::string Words(const ipc::MDiagnosticsSignal& signal) {
+  return fmt::format("{} = {}", Name(signal.identifier()), ValueText(signal));
+}
+
 std::string Text(const ipc::MDiagnosticsData& data) {
   switch (data.value_case()) {
     case ipc::MDiagnosticsData::kBoolValue:
@@ -78,12 +93,15 @@ std::string ValueText(const ipc::MDiagnosticsSignal& signal) {
   return text;
 }
 
-CVirtualDiagnostics::CVirtualDiagnostics(PeerEvents events) : mEvents(std::move(events)) {
+CVirtualDiagnostics::CVirtualDiagnostics(PeerEvents events)
+    : mEvents(std::move(events)), mWire("diagnostics", mEvents) {
   mNotifier.Start();
 }
 
 ipc::MResult CVirtualDiagnostics::SendSignal(const ipc::MDiagnosticsSignal& signal) {
+  auto message = mWire.Called(kService, "SendSignal", Words(signal));
   Store(signal);
+  message.End(ipc::MResult());
   if (const auto type = NotificationTypeOf(signal)) {
     mNotifier.NonBlockingCall([this, signal, type] { Notify(signal, *type); });
   }
@@ -92,9 +110,11 @@ ipc::MResult CVirtualDiagnostics::SendSignal(const ipc::MDiagnosticsSignal& sign
 
 ipc::MDiagnosticsSignal CVirtualDiagnostics::ReceiveSignal(
     const ipc::MDiagnosticsRequest& request) {
+  auto message = mWire.Called(kService, "ReceiveSignal", Name(request.identifier()));
   const std::lock_guard lock(mMutex);
   const auto last = mLast.find({request.identifier(), request.instance().instance()});
   if (last == mLast.end()) {
+    message.End("not sent yet", false);
     const auto* description = FindSignal(request.identifier());
     throw Rpc::CommunicationException(
         fmt::format("Diagnostics: signal {} ({}) of instance {} has not been sent yet",
@@ -102,6 +122,7 @@ ipc::MDiagnosticsSignal CVirtualDiagnostics::ReceiveSignal(
                     description == nullptr ? "not in the catalogue" : description->name,
                     static_cast<int>(request.instance().instance())));
   }
+  message.End(ValueText(last->second));
   return last->second;
 }
 
@@ -113,6 +134,7 @@ void CVirtualDiagnostics::SetNotificationCallback(NotificationCallback callback)
 void CVirtualDiagnostics::OnSubscribers(std::size_t count) {
   mSubscribers = count;
   mEvents("subscribers " + std::to_string(count));
+  mWire.Subscribers(kService, kNotification, count);
 }
 
 std::string CVirtualDiagnostics::SetError(int identifier, bool on) {
@@ -142,9 +164,12 @@ std::string CVirtualDiagnostics::Notify(const ipc::MDiagnosticsSignal& signal, T
   const bool nobody = mSubscribers == 0;
   Type notification;
   notification.set_type(type);
+  auto message = mWire.Notification(kService, kNotification, Words(signal));
   const auto reply = tellSubscribers(signal, notification);
   if (reply.result() != ipc::EResultOk) {
+    message.End(reply);
     return fmt::format("{} {}", kOutcomeRefused, reply.text());
   }
+  message.End(nobody ? "nobody is subscribed" : "Ok", !nobody);
   return std::string(nobody ? kOutcomeNobody : kOutcomeOk);
 }

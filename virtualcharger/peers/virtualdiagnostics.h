@@ -13,6 +13,7 @@
 #include "platform/rpc/interfaces/diagnostics.h"
 #include "platform/worker/worker.h"
 #include "virtualcharger/peers/peer.h"
+#include "virtualcharger/peers/wirelog.h"
 
 // Events: "subscribers N", "signal IDENTIFIER VALUE".
 //
@@ -38,6 +39,7 @@ class CVirtualDiagnostics : public IDiagnostics {
                      ipc::MDiagnosticsNotificationType::Type type);
 
   const PeerEvents mEvents;
+  const CWireLog mWire;
   std::atomic<std::size_t> mSubscribers = 0;
   std::mutex mMutex;
   // Guarded by mMutex.

@@ -5,6 +5,7 @@
 
 #include "platform/rpc/interfaces/meter.h"
 #include "virtualcharger/peers/peer.h"
+#include "virtualcharger/peers/wirelog.h"
 
 // Events: "display PERCENT" for each brightness that it takes, "accepts 1" or "accepts 0".
 //
@@ -20,5 +21,6 @@ class CVirtualMeter : public IMeter {
 
  private:
   const PeerEvents mEvents;
+  const CWireLog mWire;
   std::atomic<bool> mRefuses = false;
 };

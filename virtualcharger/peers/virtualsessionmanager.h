@@ -7,6 +7,7 @@
 
 #include "platform/rpc/interfaces/sessionmanager.h"
 #include "virtualcharger/peers/peer.h"
+#include "virtualcharger/peers/wirelog.h"
 
 // Events: "subscribers N", "authorize TOKEN", "connector STATE" for each one that
 // it reports.
@@ -28,6 +29,7 @@ class CVirtualSessionManager : public ISessionManager {
 
  private:
   const PeerEvents mEvents;
+  const CWireLog mWire;
   std::atomic<int> mState;
   std::atomic<std::size_t> mSubscribers = 0;
   std::mutex mMutex;  // also held while subscribers are told, so that states go out in their order

@@ -1,13 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <json/json.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <sstream>
 #include <thread>
 
 #include "platform/rpc/interfaces/diagnostics.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/virtualcharger/peers/events.h"
 #include "virtualcharger/peers/linebuffer.h"
 #include "virtualcharger/peers/peerprocess.h"
 
@@ -46,10 +49,16 @@ class APeerProcess : public testing::Test {
     ASSERT_EQ(write(mControl, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   }
 
+  // What crosses the wire is put aside.
   std::string Line() {
     pollfd input{mControl, POLLIN, 0};
     for (;;) {
-      if (const auto line = mLines.Next()) return *line;
+      const auto line = mLines.Next();
+      if (line && !IsMessage(*line)) return *line;
+      if (line) {
+        mMessages.push_back(*line);
+        continue;
+      }
       constexpr int limit = std::chrono::milliseconds(kGenerous).count();
       if (poll(&input, 1, limit) <= 0 || !mLines.ReadFrom(mControl)) return "no line";
     }
@@ -59,6 +68,7 @@ class APeerProcess : public testing::Test {
   int mControl = -1;
   int mPeerEnd = -1;
   CLineBuffer mLines;
+  std::vector<std::string> mMessages;
   std::thread mThread;
   int mStatus = -1;
 };
@@ -96,6 +106,44 @@ TEST_F(APeerProcess, ReportsWhatItsServiceHears) {
   Write("1 error 1004 on\n");
   EXPECT_EQ(Line(), "signal 1004 true");
   EXPECT_EQ(Line(), "reply 1 nobody");
+}
+
+TEST_F(APeerProcess, TellsEachMessageWhenItBeginsAndWhenItHasEnded) {
+  Run("diagnostics");
+  EXPECT_EQ(Line(), "serving");
+  RunningHost host(mDirectory);
+  const auto client = host.Client<IDiagnostics>("Diagnostics");
+  ipc::MDiagnosticsSignal signal;
+  signal.set_identifier(ipc::ESignalIdentifierLedState);
+  signal.add_data()->set_string_value("Gr\u00e9n/\n\"On\"");
+  client->SendSignal(signal);
+  ipc::MDiagnosticsRequest request;
+  request.set_identifier(ipc::ESignalIdentifierBuzzerState);
+  EXPECT_ANY_THROW(client->ReceiveSignal(request));
+  Write("1 error 1004 on\n");
+  while (Line() != "reply 1 nobody") {
+  }
+
+  std::vector<std::string> told;
+  for (const auto& each : mMessages) {
+    Json::Value message;
+    std::istringstream(each.substr(each.find('{'))) >> message;
+    const auto number = each.substr(0, each.find(" {"));
+    told.push_back(message.isMember("from")
+                       ? number + ' ' + message["from"].asString() + '>' +
+                             message["to"].asString() + ' ' + message["method"].asString() + ' ' +
+                             message["kind"].asString() + ": " + message["text"].asString()
+                       : number + (message["ok"].asBool() ? " ok " : " bad ") +
+                             message["verdict"].asString());
+  }
+  EXPECT_THAT(
+      told, testing::ElementsAre(
+                "message 1 daemon>diagnostics SendSignal call: LED state = Gr\u00e9n/?\"On\"",
+                "message 1 ok Ok", "message 2 daemon>diagnostics ReceiveSignal call: Buzzer state",
+                "message 2 bad not sent yet",
+                "message 3 diagnostics>daemon Notifications notification: "
+                "1004 ChargeControl Cp Low Error = true",
+                "message 3 bad nobody is subscribed"));
 }
 
 TEST_F(APeerProcess, HandsTheRequestsOnToADaemon) {

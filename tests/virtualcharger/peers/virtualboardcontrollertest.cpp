@@ -3,6 +3,7 @@
 
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/virtualcharger/peers/events.h"
 #include "virtualcharger/peers/virtualboardcontroller.h"
 
 namespace {
@@ -46,8 +47,7 @@ class AVirtualBoardController : public testing::Test {
   void Connect() {
     mClient.emplace(mDirectory, [this](Host& host) {
       mController.emplace(host.CreateClient<IGenericControl>("FeedbackGenCtrl")->GetInterface(),
-                          host.CreateClient<IFeedback>("Feedback")->GetInterface(),
-                          [this](const std::string& event) { mEvents.Add(event); });
+                          host.CreateClient<IFeedback>("Feedback")->GetInterface(), Into(mEvents));
     });
   }
 

@@ -6,6 +6,7 @@
 
 #include "platform/rpc/communicationexception.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/virtualcharger/peers/events.h"
 #include "virtualcharger/peers/virtualdiagnostics.h"
 
 namespace {
@@ -42,8 +43,7 @@ class AVirtualDiagnosticsService : public testing::Test {
   using Notification = std::pair<int, bool>;
 
   AVirtualDiagnosticsService()
-      : mService(std::make_shared<CVirtualDiagnostics>(
-            [this](const std::string& event) { mEvents.Add(event); })),
+      : mService(std::make_shared<CVirtualDiagnostics>(Into(mEvents))),
         mServer(mDirectory, [this](Host& host) { host.AddService<IDiagnostics>(kName, mService); }),
         mClient(mDirectory),
         mDiagnostics(mClient.Client<IDiagnostics>(kName)) {}

@@ -3,6 +3,7 @@
 
 #include "platform/rpc/interfaces/meter.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/virtualcharger/peers/events.h"
 #include "virtualcharger/peers/virtualmeter.h"
 
 namespace {
@@ -11,8 +12,7 @@ using testing::Optional;
 
 TEST(AVirtualMeter, ReportsEachBrightnessThatItTakes) {
   Arrivals<std::string> events;
-  const auto meter =
-      std::make_shared<CVirtualMeter>([&](const std::string& event) { events.Add(event); });
+  const auto meter = std::make_shared<CVirtualMeter>(Into(events));
   const SocketDirectory directory;
   const RunningHost server(directory,
                            [&](Host& host) { host.AddService<IMeter>("Meter1", meter); });

@@ -4,6 +4,7 @@
 #include <future>
 
 #include "tests/platform/rpc/hosts.h"
+#include "tests/virtualcharger/peers/events.h"
 #include "virtualcharger/peers/virtualsessionmanager.h"
 
 namespace {
@@ -15,8 +16,7 @@ constexpr auto kName = "SessionManager";
 class AVirtualSessionManager : public testing::Test {
  protected:
   std::shared_ptr<CVirtualSessionManager> Serve(int state) {
-    auto service = std::make_shared<CVirtualSessionManager>(
-        state, [this](const std::string& event) { mEvents.Add(event); });
+    auto service = std::make_shared<CVirtualSessionManager>(state, Into(mEvents));
     mServer.emplace(mDirectory,
                     [&](Host& host) { host.AddService<ISessionManager>(kName, service); });
     return service;
