@@ -271,6 +271,8 @@ TEST_F(AnActionHandler, TakesOnlyWholeNumbersForTheVolume) {
             "!!308) Unexpected type 4 for HmiBuzzerVolume, expected int");
   EXPECT_EQ(AfterSetting("HmiBuzzerVolume", 2.0),
             "!!308) Unexpected type 3 for HmiBuzzerVolume, expected int");
+  EXPECT_EQ(AfterSetting("HmiBuzzerVolume", Json::Value()),
+            "!!308) Unexpected type 0 for HmiBuzzerVolume, expected int");
   Create({});
   EXPECT_EQ(AfterSetting("HmiBuzzerVolume", 3), "");
 }
