@@ -71,12 +71,12 @@ void CStore::Follow() {
     StoreContent content = ReadStore(mPath);
     settling = !content.root && result == CFileWatch::EResult::EChanged;
     if (!settling) {
-      Take(std::move(content));
+      Take(content);
     }
   }
 }
 
-void CStore::Take(StoreContent content) {
+void CStore::Take(const StoreContent& content) {
   std::shared_ptr<const Json::Value> before;
   std::vector<std::shared_ptr<CListener>> listeners;
   {

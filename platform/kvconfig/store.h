@@ -38,7 +38,7 @@ class CStore {
 
  private:
   void Follow();
-  void Take(StoreContent content);
+  void Take(const StoreContent& content);
   void TellSectionError(CListener& listener, const Json::Value& section) const;
   std::vector<std::shared_ptr<CListener>> Listeners();
 

@@ -16,7 +16,7 @@
 namespace KvConfig {
 namespace {
 
-constexpr size_t kSizeLimit = 1024 * 1024;
+constexpr size_t kSizeLimit = 1024UL * 1024;
 constexpr int kDepthLimit = 32;
 constexpr size_t kShownLimit = 80;   // of a value, in a message
 constexpr size_t kErrorLimit = 200;  // of the parser's words, which quote the text
@@ -41,7 +41,7 @@ std::string ReadText(const std::string& path) {
     Refuse("it is not a regular file");
   }
   std::string text;
-  std::array<char, 16 * 1024> buffer;
+  std::array<char, 16UL * 1024> buffer;
   for (;;) {
     const ssize_t size = read(file.Get(), buffer.data(), buffer.size());
     if (size == 0) {

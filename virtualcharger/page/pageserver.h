@@ -49,11 +49,11 @@ class CPageServer {
 
   static constexpr std::uint16_t kUsualPort = 8765;
   static constexpr std::size_t kMostClients = 16;
-  static constexpr std::size_t kLargestRequest = 4 * 1024;   // bytes of a request's header
-  static constexpr std::size_t kLargestMessage = 16 * 1024;  // bytes, from a client
-  static constexpr std::size_t kLargestQueue = 1024 * 1024;  // bytes that wait for one client
-  static constexpr std::chrono::seconds kHandshakeLimit{5};  // for request and answer
-  static constexpr std::chrono::seconds kSilenceLimit{30};   // pings go out before it is over
+  static constexpr std::size_t kLargestRequest = 4UL * 1024;   // bytes of a request's header
+  static constexpr std::size_t kLargestMessage = 16UL * 1024;  // bytes, from a client
+  static constexpr std::size_t kLargestQueue = 1024UL * 1024;  // bytes that wait for one client
+  static constexpr std::chrono::seconds kHandshakeLimit{5};    // for request and answer
+  static constexpr std::chrono::seconds kSilenceLimit{30};     // pings go out before it is over
 
   struct SSettings {
     std::optional<std::uint16_t> port;  // 0: any; none: the usual one or the next that is free

@@ -197,7 +197,7 @@ TEST_F(APageServer, CutsOffWhoDoesNotReadAndNobodyElse) {
   const auto reader = Greeted();
   EXPECT_EQ(reader->Hear(), "greeting");
   for (int count = 0; mServer->Clients() == 2; ++count) {
-    const auto text = std::to_string(count) + std::string(256 * 1024, ' ');
+    const auto text = std::to_string(count) + std::string(256UL * 1024, ' ');
     mServer->Publish(text);
     ASSERT_EQ(reader->Hear(), text);
   }
@@ -209,7 +209,7 @@ TEST_F(APageServer, SparesASlowReaderWhatANewerMessageReplaces) {
   const auto slow = Greeted();
   const auto reader = Greeted();
   EXPECT_EQ(reader->Hear(), "greeting");
-  const std::string padding(256 * 1024, ' ');
+  const std::string padding(256UL * 1024, ' ');
   constexpr int kCount = 100;
   for (int count = 0; count < kCount; ++count) {
     const auto text = std::to_string(count) + padding;
@@ -228,7 +228,7 @@ TEST_F(APageServer, SparesASlowReaderWhatANewerMessageReplaces) {
 }
 
 TEST_F(APageServer, EndsAtOnceThoughAClientDoesNotRead) {
-  const auto idle = Greeted(std::string(16 * 1024 * 1024, ' '));
+  const auto idle = Greeted(std::string(16UL * 1024 * 1024, ' '));
   const CRawConnection silent(mServer->Port());
   const auto begin = std::chrono::steady_clock::now();
   mServer.reset();
