@@ -54,25 +54,26 @@ void CCharger::ExpectSignal(int identifier, const std::string& text, Limit withi
 
 void CCharger::ExpectAttribute(const std::string& device, const std::string& attribute,
                                const std::string& text) {
+  SSeen seen{"", {}};
   Expect(text, std::nullopt, [&] {
-    const auto value = mBench.Hardware().Attribute(DevicePath(device), attribute);
-    return SSeen{value.value_or("no such attribute"), std::chrono::steady_clock::now()};
+    const auto value =
+        mBench.Hardware().Attribute(DevicePath(device), attribute).value_or("no such attribute");
+    if (value != seen.words) seen = {value, std::chrono::steady_clock::now()};
+    return seen;
   });
 }
 
 void CCharger::Expect(const std::string& expected, Limit within,
                       const std::function<SSeen()>& look) {
   const auto limit = LimitOf(within);
-  const auto seen = [&] {
-    const auto last = look();
-    return fmt::format("{}, since {}", last.words, When(last.since));
+  auto last = look();
+  const auto seen = [&] { return fmt::format("{}, since {}", last.words, When(last.since)); };
+  const auto isSo = [&] {
+    last = look();
+    return last.words == expected;
   };
-  Await(
-      expected + limit.words, seen, [&] { return look().words == expected; }, limit.Rest());
-  const auto last = look();
-  if (last.words != expected || (within && last.since > limit.latest)) {
-    Fail(expected + limit.words, seen());
-  }
+  const bool came = Await(expected + limit.words, seen, isSo, limit.Rest());
+  if (!came || (within && last.since > limit.latest)) Fail(expected + limit.words, seen());
 }
 
 bool CCharger::Await(const std::string& awaited, const std::function<std::string()>& seen,
