@@ -47,6 +47,10 @@ void CDeskCharger::SetMeter(bool accepts) {
   mBegun = mBench.SetMeter(accepts);
 }
 
+void CDeskCharger::SetLogLevel(Log::ELogLevel level) {
+  mBegun = mBench.SetLogLevel(level);
+}
+
 void CDeskCharger::Control(EProcessAction action, const std::string& process) {
   mBegun = mBench.Control(action, process);
 }

@@ -78,12 +78,16 @@ class CBoardControllerPeer : public IPeer {
 
   void Join(AppCommunicationHost<GrpcBackend>& host) override {
     mController.emplace(host.CreateClient<IGenericControl>("FeedbackGenCtrl")->GetInterface(),
-                        host.CreateClient<IFeedback>("Feedback")->GetInterface(), mEvents);
+                        host.CreateClient<IFeedback>("Feedback")->GetInterface(),
+                        host.CreateClient<ILogConfig>("FeedbackLog")->GetInterface(), mEvents);
   }
 
   std::string Execute(const std::vector<std::string>& words) override {
     if (words.size() == 1 && words[0] == "enable") return mController->Enable();
     if (words.size() == 1 && words[0] == "disable") return mController->Disable();
+    if (words.size() == 2 && words[0] == "log-level") {
+      return mController->SetLogLevel(std::stoi(words[1]));
+    }
     if (words.size() == 2 && words[0] == "event") return mController->Trigger(std::stoi(words[1]));
     return std::string(kOutcomeUnknown);
   }

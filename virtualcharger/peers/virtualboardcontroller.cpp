@@ -28,11 +28,12 @@ std::string Outcome(CWireLog::CMessage message, const std::function<ipc::MResult
 
 CVirtualBoardController::CVirtualBoardController(std::shared_ptr<IGenericControl> control,
                                                  std::shared_ptr<IFeedback> feedback,
-                                                 PeerEvents events)
+                                                 std::shared_ptr<ILogConfig> log, PeerEvents events)
     : mEvents(std::move(events)),
       mWire("board-controller", mEvents),
       mControl(std::move(control)),
-      mFeedback(std::move(feedback)) {
+      mFeedback(std::move(feedback)),
+      mLog(std::move(log)) {
   mControl->ConnectReporters(
       [this](const ipc::MState& state) {
         mWire.Report(kControl, "WatchState", StateToString(state));
@@ -60,4 +61,11 @@ std::string CVirtualBoardController::Trigger(int event) {
   return Outcome(mWire.Call("Feedback", "TriggerFeedbackEvent",
                             fmt::format("{} ({})", FbEventTypeToString(type), event)),
                  [&] { return mFeedback->TriggerFeedbackEvent(type, connector); });
+}
+
+std::string CVirtualBoardController::SetLogLevel(int level) {
+  ipc::MLogConfig config;
+  config.set_level(static_cast<ipc::ELogLevel>(level));
+  return Outcome(mWire.Call("FeedbackLog", "SetLogConfig", fmt::format("level {}", level)),
+                 [&] { return mLog->SetLogConfig(config); });
 }

@@ -1,5 +1,5 @@
 // The charger's board controller: enables and disables the daemon, watches it, and has it show what
-// happens at the card reader.
+// happens at the card reader. It sets what the daemon logs, too.
 #pragma once
 
 #include <atomic>
@@ -8,6 +8,7 @@
 
 #include "platform/rpc/interfaces/feedback.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
+#include "platform/rpc/interfaces/logconfig.h"
 #include "virtualcharger/peers/peer.h"
 #include "virtualcharger/peers/wirelog.h"
 
@@ -19,7 +20,8 @@ class CVirtualBoardController {
  public:
   // Watches the daemon from now on, also one that comes later.
   CVirtualBoardController(std::shared_ptr<IGenericControl> control,
-                          std::shared_ptr<IFeedback> feedback, PeerEvents events);
+                          std::shared_ptr<IFeedback> feedback, std::shared_ptr<ILogConfig> log,
+                          PeerEvents events);
   CVirtualBoardController(const CVirtualBoardController&) = delete;
   CVirtualBoardController& operator=(const CVirtualBoardController&) = delete;
 
@@ -28,6 +30,8 @@ class CVirtualBoardController {
   std::string Disable();
   // Any number is an event.
   std::string Trigger(int event);
+  // As of the log levels on the wire.
+  std::string SetLogLevel(int level);
 
  private:
   const PeerEvents mEvents;
@@ -35,4 +39,5 @@ class CVirtualBoardController {
   std::atomic<unsigned> mAlive = 0;
   const std::shared_ptr<IGenericControl> mControl;
   const std::shared_ptr<IFeedback> mFeedback;
+  const std::shared_ptr<ILogConfig> mLog;
 };

@@ -150,6 +150,10 @@ Deed CBench::SetMeter(bool accepts) {
               [](const std::string&) { return Done(); });
 }
 
+Deed CBench::SetLogLevel(Log::ELogLevel level) {
+  return Ask(fmt::format("log-level {}", static_cast<int>(level)), true);
+}
+
 Deed CBench::Control(EProcessAction action, const std::string& process) {
   auto control = mProcesses.Control(action, process);
   if (action != EProcessAction::Stop || process != kDaemon) return control;

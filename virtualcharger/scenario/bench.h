@@ -72,6 +72,7 @@ class CBench {
   Deed SetConnector(int state);
   Deed SetError(int identifier, bool on);
   Deed SetMeter(bool accepts);
+  Deed SetLogLevel(Log::ELogLevel level);
   Deed Control(EProcessAction action, const std::string& process);
   void SetLight(double lux);
   // Null takes the key out of the store.

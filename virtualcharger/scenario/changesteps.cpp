@@ -5,6 +5,7 @@
 
 #include "platform/ipc/feedback.pb.h"
 #include "utils/words.h"
+#include "virtualcharger/scenario/daemonlog.h"
 #include "virtualcharger/scenario/names.h"
 
 namespace {
@@ -128,6 +129,15 @@ StepAction ParseMeter(CArguments& arguments) {
   arguments.End();
   return [=](ICharger& charger) {
     charger.SetMeter(accepts);
+    return std::string();
+  };
+}
+
+StepAction ParseLogLevel(CArguments& arguments) {
+  const auto level = static_cast<Log::ELogLevel>(arguments.Choice("a level", LogLevels()));
+  arguments.End();
+  return [=](ICharger& charger) {
+    charger.SetLogLevel(level);
     return std::string();
   };
 }

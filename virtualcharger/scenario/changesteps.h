@@ -16,6 +16,7 @@ StepAction ParseLight(CArguments& arguments);
 StepAction ParseSet(CArguments& arguments);
 StepAction ParseUnset(CArguments& arguments);
 StepAction ParseMeter(CArguments& arguments);
+StepAction ParseLogLevel(CArguments& arguments);
 StepAction ParseInterrupt(CArguments& arguments);
 StepAction ParseFault(CArguments& arguments);
 StepAction ParseHeal(CArguments& arguments);

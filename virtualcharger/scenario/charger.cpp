@@ -72,6 +72,11 @@ void CCharger::SetMeter(bool accepts) {
   Await(mBench.SetMeter(accepts));
 }
 
+void CCharger::SetLogLevel(Log::ELogLevel level) {
+  BeginChange();
+  Await(mBench.SetLogLevel(level));
+}
+
 void CCharger::Mark() {
   mMark = mBench.Hardware().LampWrites().End();
   mToneMark = mBench.Hardware().Tone().Tones().size();

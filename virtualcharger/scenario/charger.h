@@ -51,6 +51,7 @@ class CCharger : public ICharger {
   void SetLight(double lux) override;
   void SetStored(const std::string& key, const Json::Value& value) override;
   void SetMeter(bool accepts) override;
+  void SetLogLevel(Log::ELogLevel level) override;
   void ExpectState(int state, Limit within) override;
   void ExpectAlive() override;
   void ExpectLamp(const SLamp& lamp, Limit within) override;

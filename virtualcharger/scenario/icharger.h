@@ -53,6 +53,8 @@ class ICharger {
   // Null takes the key out of the store.
   virtual void SetStored(const std::string& key, const Json::Value& value) = 0;
   virtual void SetMeter(bool accepts) = 0;
+  // What the daemon logs from now on: this level and what is more serious.
+  virtual void SetLogLevel(Log::ELogLevel level) = 0;
 
   virtual void ExpectState(int state, Limit within) = 0;
   // One more message from now on.

@@ -30,11 +30,25 @@ class ServedControl : public IGenericControl {
   void SendAlive() override { mAliveReporter(); }
 };
 
+class ServedLog : public ILogConfig {
+ public:
+  explicit ServedLog(Arrivals<ipc::ELogLevel>& levels) : mLevels(levels) {}
+  ipc::MResult SetLogConfig(const ipc::MLogConfig& config) override {
+    mLevels.Add(config.level());
+    return {};
+  }
+  ipc::MLogConfig GetLogConfig() override { return {}; }
+
+ private:
+  Arrivals<ipc::ELogLevel>& mLevels;
+};
+
 class AVirtualBoardController : public testing::Test {
  protected:
   void Serve() {
     mServer.emplace(mDirectory, [this](Host& host) {
       host.AddService<IGenericControl>("FeedbackGenCtrl", mControl);
+      host.AddService<ILogConfig>("FeedbackLog", std::make_shared<ServedLog>(mLevels));
       host.AddService<IFeedback>(
           "Feedback", std::make_shared<ServedFeedback>([this](const ipc::MFbEventType& event,
                                                               const ipc::MInstanceType& instance) {
@@ -47,12 +61,15 @@ class AVirtualBoardController : public testing::Test {
   void Connect() {
     mClient.emplace(mDirectory, [this](Host& host) {
       mController.emplace(host.CreateClient<IGenericControl>("FeedbackGenCtrl")->GetInterface(),
-                          host.CreateClient<IFeedback>("Feedback")->GetInterface(), Into(mEvents));
+                          host.CreateClient<IFeedback>("Feedback")->GetInterface(),
+                          host.CreateClient<ILogConfig>("FeedbackLog")->GetInterface(),
+                          Into(mEvents));
     });
   }
 
   Arrivals<std::string> mEvents;
   Arrivals<std::pair<int, int>> mTriggered;
+  Arrivals<ipc::ELogLevel> mLevels;
   const SocketDirectory mDirectory;
   const std::shared_ptr<ServedControl> mControl = std::make_shared<ServedControl>();
   std::optional<RunningHost> mServer;
@@ -67,6 +84,8 @@ TEST_F(AVirtualBoardController, TellsTheDaemonsVerdictsAndReports) {
   EXPECT_EQ(mController->Disable(), kOutcomeOk);
   EXPECT_THAT(mEvents.Next(), Optional(std::string("state 2")));
   EXPECT_EQ(mController->Trigger(42), kOutcomeOk);
+  EXPECT_EQ(mController->SetLogLevel(ipc::ELogLevelDebug), kOutcomeOk);
+  EXPECT_THAT(mLevels.Next(), Optional(ipc::ELogLevelDebug));
   EXPECT_THAT(mTriggered.Next(), Optional(std::pair(42, 1)));
 }
 

@@ -44,6 +44,7 @@ TEST(AStep, DoesWhatItsLineSays) {
       {"set HmiLedIntensityMode Auto", "set HmiLedIntensityMode 4 Auto"},
       {"unset HwHasLed", "set HwHasLed 0 "},
       {"meter refuses", "meter false"},
+      {"log-level debug", "log 1"},
       {"expect state fatal-error within 1s", "state 5 1000"},
       {"expect alive", "alive"},
       {"expect brightness 0", "brightness 0 -"},

@@ -22,6 +22,7 @@ class RecordingCharger : public ICharger {
     Note("set {} {} {}", key, static_cast<int>(value.type()), value.asString());
   }
   void SetMeter(bool accepts) override { Note("meter {}", accepts); }
+  void SetLogLevel(Log::ELogLevel level) override { Note("log {}", static_cast<int>(level)); }
   void ExpectState(int state, Limit within) override { Note("state {} {}", state, Text(within)); }
   void ExpectAlive() override { Note("alive"); }
   void ExpectBrightness(int percent, Limit within) override {
