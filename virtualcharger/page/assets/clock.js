@@ -20,6 +20,10 @@ export const clock = {
   at(moment) {
     return difference === Infinity ? 0 : moment - difference;
   },
+  // The first time from a given one on at which the wall clock is a multiple of an interval.
+  round(time, interval) {
+    return Math.ceil((beginAt + time) / interval) * interval - beginAt;
+  },
   // "12:03:04" or "12:03:04.567", the wall clock of a time.
   text(time, fraction = false) {
     const date = new Date(beginAt + time);

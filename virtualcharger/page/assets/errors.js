@@ -47,10 +47,12 @@ export function errors(root, desk) {
     },
     state(state) {
       if (String(state.errors) === String(active)) return;
-      // The chips that stay are left alone, so that the focus is not lost.
+      // The chips that stay are left alone; the focus of one that goes moves to the field.
       const old = new Map(active.map((identifier, index) => [identifier, chips.children[index]]));
       active = state.errors;
+      const focused = chips.contains(document.activeElement) && document.activeElement;
       chips.replaceChildren(...active.map((identifier) => old.get(identifier) ?? chip(identifier)));
+      if (focused) (chips.contains(focused) ? focused : picker.input).focus();
       setText(none, active.length ? "" : "None is active.");
     },
   };

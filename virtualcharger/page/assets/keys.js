@@ -4,8 +4,8 @@
 import { button, byId, el } from "./dom.js";
 
 const click = (id) => () => byId(id)?.click();
-const focus = (selector) => () => {
-  const target = document.querySelector(selector);
+const focus = (...selectors) => () => {
+  const target = selectors.map((each) => document.querySelector(each)).find((each) => each);
   target?.focus();
   target?.scrollIntoView({ block: "center" });
 };
@@ -15,7 +15,7 @@ export function keys(timeline) {
     ["?", "this list", click("help")],
     ["e", "enable the daemon", click("enable")],
     ["d", "disable the daemon", click("disable")],
-    ["c", "to the connector’s states", focus(".states [aria-pressed=true], .states button")],
+    ["c", "to the connector’s states", focus(".states [aria-pressed=true]", ".states button")],
     ["r", "raise an error or warning", focus("#error-picker")],
     ["l", "to the light slider", focus("#light")],
     ["x", "type any step", focus("#step")],

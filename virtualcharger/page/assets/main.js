@@ -24,7 +24,14 @@ import { status } from "./status.js";
 import { timelinePart } from "./timelinepart.js";
 
 const parts = [];
-const tell = (type, message) => parts.forEach((part) => part[type]?.(message));
+// A part that fails must not take the others with it.
+const tell = (type, message) => parts.forEach((part) => {
+  try {
+    part[type]?.(message);
+  } catch (error) {
+    reportError(error);
+  }
+});
 
 const receive = (message) => {
   tell(message.type, message);

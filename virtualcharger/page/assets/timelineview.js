@@ -80,7 +80,7 @@ export class TimelineView {
     context.font = kSmallFont;
     context.textBaseline = "middle";
     context.textAlign = "center";
-    for (let time = Math.ceil(from / interval) * interval; time < to; time += interval) {
+    for (let time = clock.round(from, interval); time < to; time += interval) {
       this.#line(x(time), this.#colours.line, 1);
       context.fillStyle = this.#colours.muted;
       if (time >= 0 && x(time) > kGutter + 24 && x(time) < width - 24) context.fillText(clock.text(time), x(time), 7);
