@@ -1,0 +1,295 @@
+"""The page in a real browser, on a real virtual charger: what a person does and sees."""
+
+import os
+import sys
+import time
+import unittest
+
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.keys import Keys
+
+from pagedriver import Desk, Page
+from patternlight import ChannelLight, screen
+from processes import wait_until
+
+# The page tells times to a part of a millisecond; a hard edge inside a frame moves by so much.
+BLUR = 1.5
+
+CONTRAST = """
+const luminance = (rgb) => {
+  const [r, g, b] = rgb.map((each) => each / 255)
+    .map((each) => (each <= 0.04045 ? each / 12.92 : ((each + 0.055) / 1.055) ** 2.4));
+  return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+};
+const parse = (text) => text.match(/[\\d.]+/g).map(Number);
+const background = (element) => {
+  for (let each = element; each; each = each.parentElement) {
+    const colour = parse(getComputedStyle(each).backgroundColor);
+    if (colour.length < 4 || colour[3] === 1) return colour.slice(0, 3);
+  }
+  return [255, 255, 255];
+};
+const found = [];
+for (const element of document.querySelectorAll("body *")) {
+  const says = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
+  if (!says || !element.checkVisibility() || element.matches(":disabled, :disabled *, .unseen, .skip, .screen *")) continue;
+  const style = getComputedStyle(element);
+  const [light, dark] = [luminance(parse(style.color)), luminance(background(element))].sort((a, b) => b - a);
+  const size = parseFloat(style.fontSize);
+  const least = size >= 24 || (size >= 18.66 && style.fontWeight >= 700) ? 3 : 4.5;
+  const ratio = (light + 0.05) / (dark + 0.05);
+  if (ratio < least) found.push(`${element.tagName}.${element.className} "${element.innerText}": ${ratio.toFixed(2)}`);
+}
+return found;
+"""
+
+NAME = f"page-{os.getpid()}"
+
+
+class ThePage(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desk = Desk(NAME)
+        cls.addClassCleanup(cls.desk.end)
+        cls.page = Page(cls.desk.url)
+        cls.addClassCleanup(cls.page.close)
+        if "No virtual hardware" in cls.page.text("#alerts"):
+            raise unittest.SkipTest(cls.page.text("#alerts"))
+        cls.page.press("#daemon", "Disable")
+        cls.page.wait_for("#daemon", "disabled")
+        cls.page.press("#daemon", "Enable")
+        cls.page.wait_for("#daemon .fact", "enabled")
+
+    def setUp(self):
+        for identifier in self.page.text("#errors .chip .number").split():
+            self.end_error(identifier)
+        if self.page.text("#faults .broken"):
+            self.page.press("#faults", "Heal all (1)")
+        self.page.press("#daemon", "available")
+        self.page.wait_for_lamp("Green on")
+
+    def tearDown(self):
+        self.assertEqual(self.page.complaints(), [])
+
+    def assert_drawn(self, frames, channels, since):
+        """Each frame's colour is the mean of the light that the patterns give in its time."""
+        lights = [ChannelLight(*channel) for channel in channels]
+        frames = [frame for frame in frames if frame["from"] - BLUR > since]
+        self.assertGreater(len(frames), 5)
+        for frame in frames:
+            begin, end = frame["from"] - since, frame["to"] - since
+            for light, drawn in zip(lights, frame["colour"]):
+                moved = [screen(light.mean(begin + by, end + by)) for by in (-BLUR, 0, BLUR)]
+                self.assertLessEqual(min(moved) - 1, drawn, (frame, moved, channels))
+                self.assertGreaterEqual(max(moved) + 1, drawn, (frame, moved, channels))
+        return frames
+
+    def raise_error(self, typed):
+        self.page.type("#error-picker", typed, Keys.ENTER)
+
+    def end_error(self, identifier):
+        self.page.press("#errors", next(
+            name for name in self.page.names("#errors .chip") if f" {identifier} " in name))
+        self.page.wait_gone("#errors .chips", str(identifier))
+
+    def test_draws_the_light_that_the_patterns_give_in_each_frame(self):
+        page = self.page
+        for light, period, begin, end in (
+                ("Blue pulsating", 5800, lambda: page.press("#daemon", "charging"), lambda: None),
+                ("Green flashing", 700, lambda: page.press("#daemon", "accepted"), lambda: None),
+                ("Red blink3", 5200, lambda: self.raise_error("cp low"), lambda: self.end_error(1004))):
+            with self.subTest(light):
+                begin()
+                page.wait_for_lamp(light)
+                channels, since = page.channels()
+                frames = self.assert_drawn(page.frames(period), channels, since)
+                self.assertEqual(page.channels(), (channels, since), "the light changed meanwhile")
+                brightest = max(max(frame["colour"]) for frame in frames)
+                self.assertGreater(brightest, 200, "the lamp was never bright")
+                end()
+
+    def test_shows_the_same_phase_after_a_reload_in_mid_pattern(self):
+        self.page.press("#daemon", "charging")
+        self.page.wait_for_lamp("Blue pulsating")
+        before = self.page.channels()
+        self.page.browser.refresh()
+        self.page.wait_for_lamp("Blue pulsating")
+        self.assertEqual(self.page.channels(), before)
+        self.assert_drawn(self.page.frames(700), *before)
+
+    def test_says_what_the_lamp_shows_and_that_the_daemon_says_the_same(self):
+        for state, light in (("connected", "Green on"), ("charging", "Blue pulsating")):
+            self.page.press("#daemon", state)
+            self.page.wait_for_lamp(light)
+            self.page.wait_for("#lamp .reported", f"✓ reported {light.replace(' ', '/')}")
+            self.page.wait_for("#daemon", state)
+
+    def test_dims_the_lamp_and_the_meters_display(self):
+        for percent in (40, 100):
+            self.page.set("HmiLedIntensityManual", percent)
+            self.page.wait_for("#lamp .figure", f"{percent} %")
+            self.page.wait_for("#meter", f"{percent} %")
+        self.page.press("#settings", "Take HmiLedIntensityManual out of the store")
+        wait_until(lambda: self.page.find("#setting-HmiLedIntensityManual").get_attribute("value") == "",
+                   "the setting to be unset")
+        self.page.type("#light", Keys.HOME)
+        self.page.wait_for("#timeline .readout", "0 lux")
+
+    def test_raises_errors_by_number_and_by_text_and_ends_them(self):
+        for typed, identifier in (("1004", 1004), ("short", 1002)):
+            self.raise_error(typed)
+            self.page.wait_for("#errors .chips", str(identifier))
+            self.page.wait_for_lamp("Red")
+        self.page.wait_for("#timeline .readout", "1004, 1002")
+        for identifier in (1002, 1004):
+            self.end_error(identifier)
+        self.page.wait_for_lamp("Green on")
+
+    def test_lists_each_beep_with_its_pitch_and_length(self):
+        before = self.page.run("return document.querySelectorAll('.beeps li').length")
+        self.page.press("#daemon", "swiped")
+        wait_until(lambda: self.page.run("return document.querySelectorAll('.beeps li').length") > before, "a beep")
+        self.assertRegex(self.page.text(".beeps li:first-child"), r"^\d+ Hz, \d+ ms")
+
+    def test_shows_what_is_broken_until_it_is_healed(self):
+        for name in ("blue pattern", "EIO", "Break it: blue pattern EIO"):
+            self.page.press("#faults", name)
+        self.page.wait_for("#faults .broken", "pattern: EIO")
+        self.page.press("#daemon", "charging")
+        self.page.wait_for("#lamp .reported", "≠ reported Blue/Pulsating, but shows Mixed")
+        self.page.press("#faults", "Heal all (1)")
+        wait_until(lambda: self.page.text("#faults .broken") == "", "no fault")
+
+    def test_tells_beside_the_control_what_went_wrong_until_the_next_try(self):
+        self.page.type("#step", "conector charging", Keys.ENTER)
+        self.page.wait_for("#scenarios .note.bad", 'did you mean "connector"?')
+        self.page.type("#step", "connector 99", Keys.ENTER)
+        self.page.wait_for("#scenarios .note.good", "✓")
+        self.page.wait_for("#daemon .group:nth-of-type(2) .fact", "99")
+
+    def test_makes_a_process_that_is_gone_or_frozen_impossible_to_miss(self):
+        for process, act, alert, remedy in (
+                ("daemon", self.desk.kill_daemon, "The daemon died: signal 9", "start"),
+                ("daemon", lambda: self.page.press("#processes", "freeze daemon"), "The daemon is frozen", "thaw"),
+                ("meter", lambda: self.page.press("#processes", "stop meter"), "The meter is stopped", "start")):
+            with self.subTest(alert):
+                act()
+                self.page.wait_for("#alerts", alert)
+                self.assertTrue(self.page.run("const box = document.querySelector('.alert').getBoundingClientRect();"
+                                              "return box.top >= 0 && box.bottom <= innerHeight"))
+                self.page.press("#alerts", f"{remedy} {process}")
+                self.page.wait_gone("#alerts", alert)
+        self.page.type("#step", "disable", Keys.ENTER)
+        self.page.wait_for("#daemon .fact", "disabled")
+        self.page.type("#step", "enable", Keys.ENTER)
+        self.page.wait_for("#daemon .fact", "enabled")
+
+    def test_lets_a_second_browser_without_the_token_look_but_not_steer(self):
+        other = Page(self.desk.url.split("#")[0])
+        self.addCleanup(other.close)
+        other.wait_for("#alerts", "may look, but not steer")
+        self.assertFalse(other.find("#enable").is_enabled())
+        self.page.press("#daemon", "charging")
+        other.wait_for_lamp("Blue pulsating")
+        channels, since = other.channels()
+        self.assert_drawn(other.frames(300), channels, since)
+
+    def test_says_that_the_connection_is_lost_and_comes_back_by_itself(self):
+        desk = Desk(f"{NAME}-lost")
+        page = Page(desk.url)
+        self.addCleanup(page.close)
+        self.assertEqual(desk.end(), 0)
+        page.wait_for("#alerts", "connection to the charger is lost")
+        self.assertFalse(page.find("#enable").is_enabled())
+        again = Desk(f"{NAME}-lost", "--port", desk.port)
+        self.addCleanup(again.end)
+        page.wait_for("#link", "live")
+        page.wait_gone("#alerts", "connection")
+
+    def test_is_worked_by_the_keyboard_alone(self):
+        page = self.page
+        page.browser.refresh()
+        page.wait_for("#link", "live")
+        page.press_keys("c", Keys.ENTER)
+        page.wait_for("#daemon .note.good", "✓")
+        page.press_keys("r")
+        page.press_keys("1004", Keys.ENTER)
+        page.wait_for_lamp("Red blink3")
+        page.wait_for("#errors .chips", "1004")
+        page.press_keys(Keys.SHIFT + Keys.TAB)
+        page.press_keys(Keys.ENTER)
+        page.wait_for_lamp("Green on")
+        page.run("document.activeElement.blur(); window.seen = [];"
+                 "addEventListener('focusin', ({target}) => seen.push([target, getComputedStyle(target).outlineStyle]))")
+        wanted = page.run(
+            "return [...document.querySelectorAll('a[href], button, input, select, canvas[tabindex], [role=log]')]"
+            ".filter((each) => each.checkVisibility() && !each.matches(':disabled')).length")
+        ActionChains(page.browser).send_keys(Keys.TAB * (wanted + 20)).perform()
+        missed, unseen = page.run(
+            "const reached = seen.map(([each]) => each);"
+            "return [[...document.querySelectorAll('a[href], button, input, select, canvas[tabindex], [role=log]')]"
+            ".filter((each) => each.checkVisibility() && !each.matches(':disabled') && !reached.includes(each))"
+            ".map((each) => each.outerHTML), seen.filter(([, outline]) => outline === 'none').map(([each]) => each.outerHTML)]")
+        self.assertEqual((missed, unseen), ([], []))
+
+    def test_reads_the_time_line_at_a_moment_with_the_arrow_keys(self):
+        self.page.press("#daemon", "charging")
+        self.page.wait_for("#timeline .readout", "charging")
+        self.page.type("canvas.timeline", Keys.HOME)
+        self.page.wait_gone("#timeline .readout", "charging")
+        self.page.type("canvas.timeline", Keys.END)
+        self.page.wait_for("#timeline .readout", "charging")
+        self.page.type("canvas.timeline", Keys.ESCAPE)
+        self.page.wait_for("#timeline .moment", "now")
+
+    def test_finds_messages_and_log_lines(self):
+        self.page.press("#daemon", "charging")
+        self.page.wait_for("#messages .rows", "Blue/Pulsating")
+        self.page.type("#messages input[type=search]", "Blue/Puls")
+        self.page.wait_gone("#messages .rows", "connector")
+        self.page.wait_for("#messages .rows", "Blue/Pulsating")
+        self.page.type("#messages input[type=search]", Keys.CONTROL + "a" + Keys.NULL, Keys.DELETE)
+        self.page.wait_for("#messages .rows", "connector")
+
+    def test_fits_every_width_without_scrolling_sideways(self):
+        self.addCleanup(self.page.resize, 1440, 900)
+        for width in (360, 390, 768, 1024, 1440, 2560):
+            self.page.resize(width, 900)
+            self.assertEqual(self.page.run("const page = document.documentElement;"
+                                           "return page.scrollWidth - page.clientWidth"), 0, width)
+
+    def test_can_be_read_in_light_and_dark(self):
+        self.raise_error("1004")
+        self.page.wait_for("#errors .chips", "1004")
+        self.addCleanup(self.page.prefer, "light")
+        for scheme in ("light", "dark"):
+            self.page.prefer(scheme)
+            self.assertEqual(self.page.run(CONTRAST), [], scheme)
+        self.end_error(1004)
+
+
+def take_picture(path):
+    """The page in the middle of a story, for the README."""
+    desk = Desk("charger")
+    page = Page(desk.url, height=1300)
+    try:
+        for step in ("set HmiLedIntensityManual 80", "disable", "enable", "connector connected", "card swiped",
+                     "card accepted", "connector authorized", "light 120", "error 1004 on", "error 1004 off",
+                     "connector charging"):
+            page.type("#step", step, Keys.ENTER)
+            page.wait_for("#scenarios .note.good", "✓")
+            time.sleep(1.5)  # so that the time line has something to show
+        wait_until(lambda: max(page.frames(1)[0]["colour"]) > 225, "the lamp to be bright")
+        page.run("document.activeElement.blur()")
+        page.browser.execute_cdp_cmd("Emulation.setScrollbarsHidden", {"hidden": True})
+        page.browser.save_screenshot(path)
+    finally:
+        page.close()
+        desk.end()
+
+
+if __name__ == "__main__":
+    if sys.argv[1:2] == ["--picture"]:
+        take_picture(sys.argv[2])
+    else:
+        unittest.main()
