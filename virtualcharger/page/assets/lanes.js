@@ -27,9 +27,13 @@ export const kLanes = [
   { lane: "tone", title: "beeps", height: 16, draw: "tone", text: (hz) => (hz > 0 ? `${hz} Hz` : "silent") },
 ];
 
-// What a lane says at a time. Steps are moments: the last one of the second before.
+// What a lane says at a time. Steps are moments: the last one of the second before, and how many
+// more there were in it.
 export function readLane(history, { lane, text }, time) {
-  if (lane === "step") return history.within(lane, time - 1000, time).map((row) => row.value).join("; ");
+  if (lane === "step") {
+    const steps = history.within(lane, time - 1000, time);
+    return steps.length > 1 ? `${steps.at(-1).value} (+${steps.length - 1})` : steps[0]?.value ?? "";
+  }
   const value = history.at(lane, time);
   return value === undefined || value === null || value === "" ? "" : text(value);
 }

@@ -15,8 +15,7 @@ function build(row) {
   return el("div", { className: `row message ${row.ok || pending ? "" : "bad"}`, title: `${row.from} → ${row.to}, ${row.service}.${row.method}` },
     el("span", { className: "time", textContent: clock.text(row.t, true) }),
     el("span", { className: "way", textContent: way(row) }),
-    el("span", { className: "method", textContent: row.method }),
-    el("span", { className: "text", textContent: row.text }),
+    el("span", { className: "what" }, el("span", { className: "method", textContent: row.method }), ` ${row.text}`),
     el("span", { className: "verdict", textContent: verdict }),
     el("span", { className: "ms", textContent: pending ? "" : `${row.ms.toFixed(1)} ms` }));
 }

@@ -93,7 +93,7 @@ export function speaker(root) {
       const level = Number.parseInt(state.volume, 10);
       loudness = Number.isFinite(level) ? Math.min(level, kMostVolume) / kMostVolume : 0;
       if (gain) gain.gain.value = kLoudest * loudness;
-      setText(volume, `volume ${state.volume || "not set"} of ${kMostVolume}, ${state.tone.beeps} beeps${on ? "" : ", muted here"}`);
+      setText(volume, `volume ${state.volume || "not set"} of ${kMostVolume}, ${state.tone.beeps} beeps`);
     },
   };
 }
