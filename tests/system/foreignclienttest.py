@@ -111,19 +111,20 @@ class AHostilePeer(unittest.TestCase):
         self.charger.initialise_and_enable()
         with self.charger.channel("Feedback") as channel:
             codes = set()
-
-            def call(method, message):
-                try:
-                    channel.unary_unary(f"/ipc.{method}")(message, timeout=GENEROUS)
-                except grpc.RpcError as refused:
-                    codes.add(refused.code())
-
-            for method in ("Feedback/TriggerFeedbackEvent", "LogConfig/SetLogConfig",
-                           "LogConfig/GetLogConfig", "GenericControl/Enable",
-                           "GenericControl/Disable", "GenericControl/WatchState", "No/Such"):
+            for method in ("ipc.Feedback/TriggerFeedbackEvent", "ipc.LogConfig/SetLogConfig",
+                           "ipc.LogConfig/GetLogConfig", "ipc.GenericControl/Enable",
+                           "ipc.GenericControl/Disable", "ipc.GenericControl/WatchState",
+                           "ipc.GenericControl/WatchAlive", "grpc.health.v1.Health/Check",
+                           "grpc.health.v1.Health/Watch", "ipc.No/Such"):
                 for message in self.noise(event(3, 1), event(1 << 30, -1)):
-                    if method != "GenericControl/WatchState" or len(message) > self.LIMIT:
-                        call(method, message)
+                    call = channel.unary_stream(f"/{method}")(message, timeout=GENEROUS)
+                    call.initial_metadata()  # comes with the first reply, or with the refusal
+                    if "Watch" in method:
+                        call.cancel()
+                    try:
+                        list(call)
+                    except grpc.RpcError:
+                        codes.add(call.code())
             self.assertLessEqual({grpc.StatusCode.INVALID_ARGUMENT, grpc.StatusCode.UNIMPLEMENTED,
                                   grpc.StatusCode.RESOURCE_EXHAUSTED}, codes)
         for _ in range(50):
