@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <pthread.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -25,6 +27,9 @@ std::atomic<bool> mConsoleLoggingEnabled{true};
 namespace {
 
 constexpr const char* kConsolePattern = "%H:%M:%S.%e %^%-8l%$ %-15* %v";
+
+// A slow serial line takes a burst of lines in less.
+constexpr int kConsolePatience = 200;  // ms
 
 // The calling thread's name. Threads that were given none inherit the process's; their number says
 // more.
@@ -50,10 +55,27 @@ class CThreadNameFlag : public spdlog::custom_flag_formatter {
   }
 };
 
+// Whoever holds the console up, with a full pipe or Ctrl-S, must not hold up the process.
+class CConsoleSink : public spdlog::sinks::stdout_color_sink_mt {
+ public:
+  void log(const spdlog::details::log_msg& message) override {
+    const std::lock_guard lock(mMutex);
+    pollfd console{STDOUT_FILENO, POLLOUT, 0};
+    mStandsStill = poll(&console, 1, mStandsStill ? 0 : kConsolePatience) == 0;
+    if (!mStandsStill) {
+      spdlog::sinks::stdout_color_sink_mt::log(message);
+    }
+  }
+
+ private:
+  std::mutex mMutex;
+  bool mStandsStill = false;  // guarded by mMutex
+};
+
 std::shared_ptr<spdlog::logger> CreateConsoleLogger(const std::string& name) {
   auto formatter = std::make_unique<spdlog::pattern_formatter>();
   formatter->add_flag<CThreadNameFlag>('*').set_pattern(kConsolePattern);
-  auto sink = std::make_shared<spdlog::sinks::stdout_color_sink_mt>();
+  auto sink = std::make_shared<CConsoleSink>();
   sink->set_formatter(std::move(formatter));
   return std::make_shared<spdlog::logger>(name, std::move(sink));
 }

@@ -2,7 +2,8 @@
 //
 // Every line goes to the system log and, while console logging is on, to the console. A line that
 // no logger wants costs one relaxed load and a branch; its arguments are not even evaluated. A line
-// that is wanted is formatted once and handed to both.
+// that is wanted is formatted once and handed to both. A console that takes nothing for 200 ms
+// loses lines until it takes some again.
 //
 // Threads: everything here may be called from any thread, except Init, which is called once and
 // first. Nothing here throws: a failure to format or to write stays inside the log.

@@ -150,6 +150,15 @@ class TheDaemon(unittest.TestCase):
         daemon.send_signal(signal.SIGINT)
         self.assertEqual(daemon.wait(GENEROUS), 0)
 
+    def test_goes_on_while_its_console_takes_no_more_lines(self):
+        daemon = self.charger.daemon("-v", "-v")
+        self.charger.initialise_and_enable()
+        channel, control = self.charger.control()
+        self.addCleanup(channel.close)
+        for _ in range(1000):  # more lines than the unread pipe holds
+            self.assertEqual(control.Enable(EMPTY, timeout=GENEROUS).result, common_pb2.EResultOk)
+        self.assertEqual(interrupt(daemon)[0], 0)
+
     def test_logs_to_the_console_unless_told_to_be_quiet(self):
         for options, speaks in ([[], True], [["-q"], False], [["--quiet"], False]):
             daemon = self.charger.daemon(*options)

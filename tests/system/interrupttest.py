@@ -1,9 +1,6 @@
 """SIGINT: the daemon ends in time, orderly, whatever it is doing and whatever stands still."""
 
-import array
-import fcntl
 import signal
-import termios
 import threading
 import time
 import unittest
@@ -11,7 +8,7 @@ import unittest
 import grpc
 from ipc import diagnostics_pb2, diagnostics_pb2_grpc, feedback_pb2
 from ipc import feedback_pb2_grpc, genericcontrol_pb2_grpc
-from processes import EMPTY, GENEROUS, STOP_LIMIT, Charger, Stage, interrupt, wait_until
+from processes import EMPTY, GENEROUS, STOP_LIMIT, Charger, Stage, interrupt
 
 POSTERS = 32
 
@@ -155,26 +152,6 @@ class AnInterrupt(unittest.TestCase):
                       for milliseconds in (0, 5, 10, 20, 30, 40, 60, 80, 120, 200)], end_at)
         self.end(self.running_daemon())
 
-    def test_ends_it_while_its_console_is_not_read(self):
-        self.charger.peer("diagnostics")
-
-        def end_at(_):
-            daemon = self.charger.daemon("-v", "-v")
-            for line in daemon.stdout:
-                if "Starting state machine" in line:
-                    break
-            life = self.start_life()
-            full = fcntl.fcntl(daemon.stdout, fcntl.F_GETPIPE_SZ) - 4096  # no line fits any more
-            wait_until(lambda: unread(daemon.stdout) > full, "a full pipe")
-            daemon.send_signal(signal.SIGINT)
-            begin = time.monotonic()
-            self.assertEqual(daemon.wait(GENEROUS), 0)
-            seconds = time.monotonic() - begin
-            life.join()
-            return seconds
-
-        self.in_time([0], end_at)
-
     def test_ends_it_while_a_watcher_does_not_read(self):
         daemon = self.charger.daemon()
         watcher = self.charger.start_watcher()
@@ -190,13 +167,6 @@ class AnInterrupt(unittest.TestCase):
 def send_all(processes, number):
     for each in processes:
         each.send_signal(number)
-
-
-def unread(pipe):
-    """How many bytes wait in it."""
-    count = array.array("i", [0])
-    fcntl.ioctl(pipe, termios.FIONREAD, count)
-    return count[0]
 
 
 def post_events(channel):
