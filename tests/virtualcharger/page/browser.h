@@ -5,18 +5,14 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
+#include <boost/asio/read_until.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/websocket/stream.hpp>
-#include <gtest/gtest.h>
-#include <json/json.h>
 
 #include <cstdint>
-#include <iterator>
-#include <sstream>
 #include <string>
-#include <utility>
 
 // A connection that can say anything. Every operation waits for its end.
 class CRawConnection {
@@ -39,6 +35,14 @@ class CRawConnection {
     error_code end;
     boost::asio::read(mSocket, boost::asio::dynamic_buffer(heard), end);
     return heard;
+  }
+
+  std::string HearLine() {
+    std::string heard;
+    error_code end;
+    const auto size =
+        boost::asio::read_until(mSocket, boost::asio::dynamic_buffer(heard), "\r\n", end);
+    return heard.substr(0, size);
   }
 
   tcp::socket& Socket() { return mSocket; }

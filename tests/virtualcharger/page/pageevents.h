@@ -1,14 +1,16 @@
 // The charger's side of the page's server: keeps what comes for the test's thread.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 
 #include "virtualcharger/page/pageserver.h"
 
-class CInbox : public IPageHandler {
+class CPageEvents : public IPageHandler {
  public:
   struct SEntry {
     ClientId client;
@@ -23,7 +25,9 @@ class CInbox : public IPageHandler {
 
   SEntry Next() {
     std::unique_lock lock(mMutex);
-    mArrived.wait(lock, [this] { return !mEntries.empty(); });
+    if (!mArrived.wait_for(lock, kLimit, [this] { return !mEntries.empty(); })) {
+      throw std::runtime_error("no client said anything");
+    }
     auto entry = mEntries.front();
     mEntries.pop_front();
     return entry;
@@ -35,6 +39,8 @@ class CInbox : public IPageHandler {
     mEntries.push_back(entry);
     mArrived.notify_one();
   }
+
+  static constexpr std::chrono::seconds kLimit{30};
 
   std::mutex mMutex;
   std::condition_variable mArrived;
