@@ -69,11 +69,14 @@ class TheVirtualCharger(unittest.TestCase):
 
     def test_names_every_bad_line_before_anything_starts(self):
         path = self.scenario("conector charging\nconnector charging\nexpect lamp pink on\nwait 3 days\n")
-        status, output = play(path)
+        junit = self.folder / "own.xml"
+        status, output = play(path, "--junit", junit)
         self.assertEqual(status, 2)
-        for line, hint in ((1, "connector"), (3, "pink"), (4, "")):
-            self.assertRegex(output, rf"own\.scenario:{line}: .*{hint}")
-        self.assertNotIn("own.scenario:2:", output)
+        errors = ElementTree.parse(junit).findall("testsuite/testcase/error")
+        for text in (output, errors[0].text):
+            for line, hint in ((1, "connector"), (3, "pink"), (4, "")):
+                self.assertRegex(text, rf"own\.scenario:{line}: .*{hint}")
+            self.assertNotIn("own.scenario:2:", text)
 
     def test_says_what_to_do_where_there_is_no_daemon_or_no_scenario(self):
         path = self.scenario("connector charging\n")

@@ -185,6 +185,9 @@ Options ParseOptions(const std::vector<std::string>& arguments, const std::strin
       return SUsageError{fmt::format("{}: \"{}\" is not {}", option, value, expected)};
     }
   }
+  if (!options.junit.empty() && options.scenarios.empty()) {
+    return SUsageError{"--junit needs a scenario; --scenario FILE"};
+  }
   return options;
 }
 

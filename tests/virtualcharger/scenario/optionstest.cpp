@@ -64,6 +64,7 @@ TEST(TheCommandLine, SaysWhatIsWrongWithIt) {
       {{"--scenario"}, "--scenario needs a file"},
       {{"--check", "--log"}, "--check needs a file"},
       {{"--scenario", "x", "--junit"}, "--junit needs a value"},
+      {{"--junit", "x"}, "--junit needs a scenario"},
       {{"--scenaro", "x"}, R"("--scenaro" is not an option; did you mean "--scenario"?)"},
       {{"walk"}, R"("walk" is not an option)"},
       {{"--hz", "0", "--scenario", "x"}, R"(--hz: "0" is not a number from 1 to 100000)"},
