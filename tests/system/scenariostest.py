@@ -2,10 +2,12 @@
 
 import os
 import pathlib
+import pty
 import re
 import signal
 import subprocess
 import tempfile
+import termios
 import unittest
 from xml.etree import ElementTree
 
@@ -86,6 +88,24 @@ class TheVirtualCharger(unittest.TestCase):
         status, output = play("/nowhere/own.scenario")
         self.assertEqual(status, 2)
         self.assertIn("/nowhere/own.scenario", output)
+
+    def test_shows_on_a_terminal_what_is_awaited_and_what_is_seen(self):
+        path = self.scenario("light 1\nexpect lamp red on within 1s\n")
+        own, terminal = pty.openpty()
+        termios.tcsetwinsize(terminal, (40, 100))
+        with os.fdopen(own, "rb") as output:
+            run = subprocess.Popen([PROGRAM, "--daemon", os.environ["FEEDBACK"], "--scenario", path],
+                                   stdout=terminal, stderr=subprocess.PIPE)
+            self.addCleanup(run.stderr.close)
+            # Little is written, so that it can stay in the terminal until the end.
+            status = run.wait(GENEROUS)
+            if status == CANNOT_RUN_HERE:
+                self.skipTest(run.stderr.read().decode())
+            os.close(terminal)
+            shown = output.read1().decode()
+        self.assertEqual(status, 1)
+        self.assertRegex(shown, r"\r\x1b\[K +[\d.]+   expect lamp red on within 1s   awaited: red on, "
+                                r"at [\d.]+ s at the latest; seen: y[^\n]*\r\x1b\[K")
 
     def test_cleans_up_when_it_is_interrupted(self):
         path = self.scenario("say begun\nwait 1000s\n")

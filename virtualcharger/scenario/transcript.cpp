@@ -31,13 +31,9 @@ constexpr auto kIndent = "        ";
 constexpr auto kSay = "say ";
 constexpr auto kExpect = "expect ";
 
-bool IsTerminal(std::FILE* output) {
-  return isatty(fileno(output)) != 0;
-}
-
 bool WantsColours(std::FILE* output) {
   const char* refused = std::getenv("NO_COLOR");
-  return IsTerminal(output) && (refused == nullptr || *refused == '\0');
+  return isatty(fileno(output)) != 0 && (refused == nullptr || *refused == '\0');
 }
 
 std::string Fit(const std::string& text, std::size_t width) {
@@ -52,12 +48,12 @@ std::string Swatch(const SView& view, bool colours) {
   return fmt::format("\x1b[48;2;{};{};{}m    \x1b[0m", colour[0], colour[1], colour[2]);
 }
 
-// The terminal's width; elsewhere a line may be as long as it likes.
+constexpr auto kAnyWidth = std::numeric_limits<std::size_t>::max();
+
+// The terminal's width; elsewhere, and where it is not known, a line may be as long as it likes.
 std::size_t LineWidth(std::FILE* output) {
   winsize size{};
-  return ioctl(fileno(output), TIOCGWINSZ, &size) == 0 && size.ws_col > 0
-             ? size.ws_col
-             : std::numeric_limits<std::size_t>::max();
+  return ioctl(fileno(output), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kAnyWidth;
 }
 
 std::string OrDash(const std::string& text) {
@@ -104,7 +100,8 @@ bool OnlyLooks(const std::string& step) {
 }  // namespace
 
 CTranscript::CTranscript(std::FILE* output)
-    : CTranscript(output, {WantsColours(output), IsTerminal(output), LineWidth(output)}) {}
+    : CTranscript(output,
+                  {WantsColours(output), LineWidth(output) != kAnyWidth, LineWidth(output)}) {}
 
 CTranscript::CTranscript(std::FILE* output, const SStyle& style)
     : mOutput(output),
@@ -157,8 +154,10 @@ void CTranscript::Progress(const std::string& step, std::chrono::milliseconds ti
 }
 
 void CTranscript::Clear() {
-  if (!mDrawn.empty()) std::fputs("\r\x1b[K", mOutput);
+  if (mDrawn.empty()) return;
   mDrawn.clear();
+  std::fputs("\r\x1b[K", mOutput);
+  std::fflush(mOutput);
 }
 
 void CTranscript::Note(const std::string& text) {
