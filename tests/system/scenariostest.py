@@ -107,20 +107,36 @@ class TheVirtualCharger(unittest.TestCase):
         self.assertRegex(shown, r"\r\x1b\[K +[\d.]+   expect lamp red on within 1s   awaited: red on, "
                                 r"at [\d.]+ s at the latest; seen: y[^\n]*\r\x1b\[K")
 
+    def begin(self, *files):
+        """A run with a folder of its own for what it writes."""
+        runtime = tempfile.TemporaryDirectory()
+        self.addCleanup(runtime.cleanup)
+        run = subprocess.Popen([PROGRAM, "--daemon", os.environ["FEEDBACK"], "--scenario", *files],
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                               env={**os.environ, "XDG_RUNTIME_DIR": runtime.name})
+        wait_until(lambda: os.listdir(runtime.name) or run.poll() is not None, "the run's folder")
+        if run.poll() == CANNOT_RUN_HERE:
+            self.skipTest(run.communicate()[1])
+        return run, runtime.name
+
     def test_cleans_up_when_it_is_interrupted(self):
         path = self.scenario("say begun\nwait 1000s\n")
         for files in ([path], [path, path]):
-            with self.subTest(len(files)), tempfile.TemporaryDirectory() as runtime:
-                run = subprocess.Popen(
-                    [PROGRAM, "--daemon", os.environ["FEEDBACK"], "--scenario", *files],
-                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                    env={**os.environ, "XDG_RUNTIME_DIR": runtime})
-                wait_until(lambda: os.listdir(runtime) or run.poll() is not None, "the run's folder")
-                if run.poll() == CANNOT_RUN_HERE:
-                    self.skipTest(run.communicate()[1])
+            with self.subTest(len(files)):
+                run, runtime = self.begin(*files)
                 run.send_signal(signal.SIGINT)
                 run.communicate(timeout=GENEROUS)
                 self.assertEqual(run.returncode, 130)
+                self.assertEqual(os.listdir(runtime), [])
+
+    def test_cleans_up_when_nobody_reads_any_more(self):
+        path = self.scenario("repeat 10000\nwait 10ms\nend\n")
+        for files in ([path], [path, path]):
+            with self.subTest(len(files)):
+                run, runtime = self.begin(*files)
+                run.stdout.close()
+                self.assertEqual(run.wait(GENEROUS), 128 + signal.SIGPIPE)
+                run.stderr.close()
                 self.assertEqual(os.listdir(runtime), [])
 
 

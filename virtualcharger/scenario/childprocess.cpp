@@ -31,6 +31,7 @@ constexpr int kCannotExecute = 127;
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  signal(SIGPIPE, SIG_DFL);
   execv(arguments[0], arguments);
   _exit(kCannotExecute);
 }

@@ -15,7 +15,7 @@ const std::string& ThisProgram();
 class CChildProcess {
  public:
   // Descriptors become the child's standard ones; none other is inherited, and no signal is
-  // blocked.
+  // blocked, SIGPIPE has its default action.
   struct SStandard {
     int input;
     int output;

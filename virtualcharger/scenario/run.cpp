@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -82,6 +83,8 @@ int Check(const SRunOptions& options, const std::vector<SScenario>& scenarios) {
 }  // namespace
 
 int Run(const SRunOptions& options) {
+  // Where nobody reads any more the run ends in order, and its folder goes with it.
+  std::signal(SIGPIPE, SIG_IGN);
   try {
     std::optional<CJUnitFile> junit;
     if (!options.junit.empty()) junit.emplace(options.junit);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <csignal>
 #include <cstdio>
 #include <deque>
 #include <fstream>
@@ -76,6 +77,7 @@ class CScenarioRun {
     mTranscript.Step("(the charger is ready)", mBench.View());
     while (const auto* step = mPlayer.Step()) {
       mInterrupt.Check();  // few steps wait, and rounds can be many
+      if (std::ferror(stdout) != 0) throw CInterrupted(SIGPIPE);
       Begin(step);
       const auto note = mPlayer.Do();
       ++mSteps;
