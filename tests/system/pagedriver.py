@@ -154,10 +154,13 @@ class Page:
     def frames(self, milliseconds):
         return self.browser.execute_async_script(WATCH_LAMP, milliseconds)
 
+    def now(self):
+        """The charger's time, as this page has it."""
+        return self.run("return document.querySelector('canvas.lens').frame.to")
+
     def channels(self):
-        """[(pattern, minimum, maximum)] and the time at which this light began."""
+        """[(pattern, minimum, maximum)]"""
         rows = self.run("return [...document.querySelectorAll('.channels tbody tr')]"
                         ".map((row) => [...row.children].map((cell) => cell.innerText))")
-        since = self.run("return Number(document.querySelector('#lamp [data-since]').dataset.since)")
         return [(pattern if pattern[0].isdigit() else "", int(minimum), int(maximum))
-                for _, minimum, maximum, pattern in rows], since
+                for _, minimum, maximum, pattern in rows]
