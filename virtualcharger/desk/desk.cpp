@@ -14,9 +14,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kInterval = 40ms;  // between two publications
-constexpr auto kGlance = 50ms;    // between two looks while a step goes on
-constexpr auto kSettled = 10ms;   // after the last write to the lamp: the daemon writes on
+constexpr auto kInterval = 40ms;    // between two publications
+constexpr auto kGlance = 50ms;      // between two looks while a step goes on
+constexpr auto kRecording = 100ms;  // between two looks at what stays
+constexpr auto kSettled = 10ms;     // after the last write to the lamp: the daemon writes on
 
 // Exists from now on, so that it can be watched.
 std::string MadeFile(std::string path) {
@@ -41,6 +42,7 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mLamp(bench.Hardware().Light(), bench.Hardware().LampWrites(), mClock),
       mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
+      mNewSettings(mStore.settings),
       mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
       mMessages(mClock),
       mServer({mSettings.port, bench.Begin()}, *mInbox) {
@@ -57,12 +59,13 @@ void CDesk::Run() {
   try {
     Live();
   } catch (const CInterrupted&) {
+    mBench.Processes().TakeDeath();  // it was shown
     CCharger(mBench, mInterrupt).Stop();
   }
 }
 
 void CDesk::Live() {
-  mSteps.push_back({0, {}, mBench.Processes().StartAll()});
+  mSteps.push_back({0, {}, mBench.Processes().StartAll(), {}});
   for (;;) {
     mInterrupt.Check();
     mBench.Look();
@@ -114,63 +117,11 @@ int CDesk::Timeout() const {
   const auto within = [&](std::chrono::milliseconds time) {
     timeout = std::min(timeout.value_or(time), std::max(time, 0ms));
   };
+  if (mRecorder.IsOn()) within(kRecording - since);
   if (mServer.Clients() > 0) within(CLampMessage::kRefresh - since);
   if (!mSteps.empty()) within(kGlance);
   if (mNews) within(since < kInterval ? kInterval - since : kSettled);
   return timeout ? static_cast<int>(timeout->count()) : -1;
-}
-
-void CDesk::Read(const CInbox::SLetter& letter) {
-  if (letter.hello) {
-    Greet(letter.client, letter.mayWrite);
-    return;
-  }
-  const auto& type = letter.message["type"];
-  if (type == "step") {
-    BeginStep(letter);
-    return;
-  }
-  if (type == "play") {
-    BeginPlay(letter);
-    return;
-  }
-  const SUnderWay asked{letter.client, letter.message["id"], nullptr};
-  if (type == "stop-play") {
-    const bool plays = mPlay.IsPlaying();
-    mPlay.Stop();
-    Tell(asked, plays, plays ? "" : "no scenario is being played");
-    return;
-  }
-  Tell(asked, false, R"(a message's "type" must be "step", "play" or "stop-play")");
-}
-
-void CDesk::BeginPlay(const CInbox::SLetter& letter) {
-  const SUnderWay asked{letter.client, letter.message["id"], nullptr};
-  const auto& name = letter.message["scenario"];
-  const auto* entry = mLibrary.Find(name.isString() ? name.asString() : "");
-  if (entry == nullptr) {
-    Tell(asked, false, fmt::format("there is no scenario {}", Compact(name)));
-  } else if (mPlay.IsPlaying() || mPlayRequest) {
-    Tell(asked, false, "a scenario is being played; stop it first");
-  } else {
-    mPlayRequest = {asked, entry};
-  }
-}
-
-void CDesk::BeginStep(const CInbox::SLetter& letter) {
-  SUnderWay step{letter.client, letter.message["id"], nullptr};
-  const auto& line = letter.message["line"];
-  try {
-    const auto words = SplitWords(line.isString() ? line.asString() : "");
-    if (words.empty()) throw CParseError("the message has no \"line\" with a step");
-    const auto action = ParseStep(words);
-    mTimeline.AddStep(std::chrono::steady_clock::now(), line.asString());
-    step.deed = mCharger.Do(action);
-  } catch (const std::exception& error) {
-    Tell(step, false, error.what());
-    return;
-  }
-  if (GoOn(step)) mSteps.push_back(std::move(step));
 }
 
 // False when it has ended.
@@ -186,6 +137,7 @@ bool CDesk::GoOn(SUnderWay& step) {
 }
 
 void CDesk::Tell(const SUnderWay& step, bool ok, const std::string& text) {
+  if (step.recorded) mRecorder.Ended(*step.recorded, ok, text);
   if (step.client == 0) return;  // what the desk does by itself is seen in its state
   auto message = mClock.Message("done");
   message["id"] = step.id;
@@ -205,6 +157,7 @@ void CDesk::Publish() {
   mNews = false;
   mPublished = std::chrono::steady_clock::now();
   mChronicle.Look();
+  mRecorder.Show(mPublished, Shown());
   if (const auto lamp = mLamp.Next(mPublished)) mServer.Publish(Compact(*lamp));
   for (const auto& tone : mChronicle.TakeTones()) mServer.Publish(Compact(tone));
   auto state = State();
@@ -232,8 +185,8 @@ Json::Value CDesk::State() const {
   state["settings"] = mStore.settings;
   state["storeError"] = mStore.error;
   state["play"] = mPlay.State();
-  state["recording"]["on"] = false;
-  state["recording"]["text"] = "";
+  state["recording"]["on"] = mRecorder.IsOn();
+  state["recording"]["text"] = mRecorder.Text();
   return state;
 }
 

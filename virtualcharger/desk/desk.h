@@ -16,6 +16,7 @@
 #include "virtualcharger/desk/logfeed.h"
 #include "virtualcharger/desk/messagefeed.h"
 #include "virtualcharger/desk/play.h"
+#include "virtualcharger/desk/recorder.h"
 #include "virtualcharger/desk/storepicture.h"
 #include "virtualcharger/page/deskregistry.h"
 #include "virtualcharger/scenario/interrupt.h"
@@ -51,6 +52,7 @@ class CDesk {
     CInbox::ClientId client;
     Json::Value id;
     Deed deed;
+    std::optional<std::size_t> recorded;  // its place
   };
 
   struct SPlayRequest {
@@ -66,6 +68,9 @@ class CDesk {
   void Read(const CInbox::SLetter& letter);
   void BeginStep(const CInbox::SLetter& letter);
   void BeginPlay(const CInbox::SLetter& letter);
+  void StopPlay(const SUnderWay& asked);
+  void Record(const SUnderWay& asked, bool on);
+  CRecorder::SShown Shown() const;
   bool GoOn(SUnderWay& step);
   void Tell(const SUnderWay& step, bool ok, const std::string& text);
   bool IsInMotion() const;
@@ -90,6 +95,8 @@ class CDesk {
   CFileNotice mFiles;
   const int mStoreFolder;
   SStorePicture mStore;
+  const Json::Value mNewSettings;
+  CRecorder mRecorder;
   CLogFeed mLog;
   CMessageFeed mMessages;
   std::vector<SUnderWay> mSteps;

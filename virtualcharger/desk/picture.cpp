@@ -84,23 +84,6 @@ Json::Value SignalList(const CProcesses& processes, const CPageClock& clock) {
   return list;
 }
 
-Json::Value FaultList(const CFaults& faults) {
-  Json::Value list(Json::arrayValue);
-  for (const auto& [device, attribute, fault, writesLeft] : faults.All()) {
-    std::string detail;
-    if (fault.kind == EFault::Slow) detail = std::to_string(fault.delay.count()) + "ms";
-    if (fault.kind == EFault::Garbage) detail = '"' + fault.text + '"';
-    if (fault.writes > 0) detail += " times " + std::to_string(writesLeft);
-    Json::Value entry;
-    entry["device"] = device.empty() ? "all" : DeviceName(device);
-    entry["attribute"] = attribute.empty() ? "all" : attribute;
-    entry["fault"] = std::string(FaultName(fault));
-    entry["detail"] = detail.starts_with(' ') ? detail.substr(1) : detail;
-    list.append(entry);
-  }
-  return list;
-}
-
 }  // namespace
 
 Json::Value Picture(const CBench& bench, const CPageClock& clock) {
@@ -129,7 +112,7 @@ Json::Value Picture(const CBench& bench, const CPageClock& clock) {
   picture["errors"] = Json::Value(Json::arrayValue);
   for (const int error : ActiveErrors(processes)) picture["errors"].append(error);
   picture["signals"] = SignalList(processes, clock);
-  picture["faults"] = FaultList(hardware.Faults());
+  picture["faults"] = FaultPictures(hardware.Faults());
   return picture;
 }
 
@@ -164,4 +147,21 @@ double Hertz(const STone& tone) {
 int LightPercent(double lux) {
   const double units = std::clamp<double>(std::round(lux * kUnitsPerLux), kDarkest, kBrightest);
   return static_cast<int>(100 * (units - kDarkest) / (kBrightest - kDarkest));
+}
+
+Json::Value FaultPictures(const CFaults& faults) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& [device, attribute, fault, writesLeft] : faults.All()) {
+    std::string detail;
+    if (fault.kind == EFault::Slow) detail = std::to_string(fault.delay.count()) + "ms";
+    if (fault.kind == EFault::Garbage) detail = '"' + fault.text + '"';
+    if (fault.writes > 0) detail += " times " + std::to_string(writesLeft);
+    Json::Value entry;
+    entry["device"] = device.empty() ? "all" : DeviceName(device);
+    entry["attribute"] = attribute.empty() ? "all" : attribute;
+    entry["fault"] = std::string(FaultName(fault));
+    entry["detail"] = detail.starts_with(' ') ? detail.substr(1) : detail;
+    list.append(entry);
+  }
+  return list;
 }

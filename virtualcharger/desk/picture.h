@@ -15,6 +15,9 @@ std::string StatusName(const SProcessStatus& status);
 // Errors and warnings that diagnostics holds as active.
 std::vector<int> ActiveErrors(const CProcesses& processes);
 
+// By device, attribute, fault and detail, in the words of the step "fault".
+Json::Value FaultPictures(const CFaults& faults);
+
 // 0 for silence.
 double Hertz(const STone& tone);
 

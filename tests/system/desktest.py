@@ -1,0 +1,155 @@
+"""The charger under its page: steered over the WebSocket while processes die, stand still and come
+back."""
+
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+from desk import PROGRAM, DeskTest
+from processes import GENEROUS
+
+
+def lamp(state):
+    return state["lamp"]["colour"], state["lamp"]["mode"]
+
+
+class TheDesk(DeskTest):
+    def ready(self, *options):
+        desk = self.start(*options)
+        desk.wait_for_state(lambda state: state["lifecycle"]["state"] == "uninitialized"
+                            and desk.status("daemon") == "running", "the daemon")
+        self.steps(desk, "disable", "enable")
+        return desk
+
+    def test_does_the_steps_and_shows_what_comes_of_them(self):
+        desk = self.ready()
+        self.steps(desk, "connector charging")
+        desk.wait_for_state(lambda state: lamp(state) == ("Blue", "Pulsating"), "the lamp")
+        self.assertEqual(desk.state["connector"]["state"], "charging")
+        levels = {segment[2] for segment in desk.wait_for(
+            lambda: (desk.last("lamp") or {}).get("channels", [[], [], []])[2][3:], "segments")}
+        self.assertGreater(len(levels), 3, "a fade")
+        self.steps(desk, "card swiped")
+        desk.wait_for_state(lambda state: state["tone"]["beeps"] == 1, "a beep")
+        desk.wait_for(lambda: [row["hz"] > 0 for row in desk.messages if row["type"] == "tone"][-2:]
+                      == [True, False], "the tone's end")
+        self.steps(desk, "error 1004 on", "light 700", "set HmiLedIntensityManual 40",
+                   "fault green pattern EIO times 2", "log-level debug")
+        desk.wait_for_state(lambda state: state["errors"] == [1004] and state["light"] ==
+                            {"lux": 700, "percent": 100} and state["display"]["percent"] == 40 and
+                            state["settings"]["HmiLedIntensityManual"] == 40, "every input")
+        self.assertEqual(desk.state["faults"], [{"device": "green", "attribute": "pattern",
+                                                 "fault": "EIO", "detail": "times 2"}])
+        for lane, value in (("lifecycle", "enabled"), ("connector", "charging"), ("display", 40),
+                            ("error", {"identifier": 1004, "on": True}), ("step", "light 700")):
+            desk.wait_for(lambda: any(row["lane"] == lane and row["value"] == value
+                                      for row in desk.rows("timeline")), lane)
+        for text, sender in (("connector Charging (6)", "session-manager"),
+                             ("LED state = Blue/Pulsating", "daemon"), ("40 %", "daemon"),
+                             ("1004 ChargeControl Cp Low Error = true", "diagnostics"),
+                             ("TagSwipe (2)", "board-controller"), ("Enabled", "daemon")):
+            row = desk.wait_for(lambda: next((row for row in desk.rows("messages")
+                                              if row["text"] == text and row["ms"] is not None),
+                                             None), text)
+            self.assertEqual((row["from"], row["ok"]), (sender, True), row)
+        desk.wait_for(lambda: any("Brightness is now" in row["text"] and row["level"] == 1
+                                  for row in desk.rows("log")), "a line of the log")
+
+    def test_refuses_what_it_cannot_do_and_says_why(self):
+        desk = self.ready()
+        for line, text in (("expect lamp off", "for scenarios"), ("conector charging", "connector"),
+                           ("start daemon", "runs already"), ("thaw meter", "is not frozen"), ("", "line")):
+            done = desk.step(line)
+            self.assertFalse(done["ok"], line)
+            self.assertIn(text, done["text"])
+        self.assertIn("no scenario", desk.done(desk.ask("play", scenario="../story"))["text"])
+        onlooker = desk.connect(token="wrong")
+        self.addCleanup(onlooker.close)
+        self.assertFalse(json.loads(onlooker.recv())["token"])
+        onlooker.send(json.dumps({"type": "step", "id": 1, "line": "connector reserved"}))
+        while (answer := json.loads(onlooker.recv()))["type"] != "done":
+            pass
+        self.assertFalse(answer["ok"])
+        self.assertEqual(desk.state["connector"]["state"], "available")
+
+    def test_lives_on_whatever_happens_to_its_processes(self):
+        desk = self.ready()
+        self.steps(desk, "kill daemon")
+        desk.wait_for_state(lambda _: desk.status("daemon") == "stopped", "its death")
+        self.assertFalse(desk.step("enable")["ok"])
+        self.steps(desk, "start daemon", "disable", "enable", "freeze daemon")
+        desk.wait_for_state(lambda _: desk.status("daemon") == "frozen", "ice")
+        late = desk.ask("step", line="identify")
+        self.steps(desk, "light 30", "thaw daemon")
+        self.assertTrue(desk.done(late)["ok"])
+        peers = ("session-manager", "diagnostics", "board-controller", "meter")
+        for action, works in (("kill", True), ("freeze", False), ("start", True)):
+            for number in [desk.ask("step", line=f"{action} {peer}") for peer in peers]:
+                self.assertEqual(desk.done(number)["ok"], works, action)
+        daemon = int(subprocess.run(["pgrep", "-P", str(desk.process.pid), "-x", "feedback"],
+                                    capture_output=True, text=True, check=True).stdout)
+        os.kill(daemon, 9)
+        desk.wait_for_state(lambda _: desk.status("daemon") == "dead", "a death nobody asked for")
+        self.steps(desk, "start daemon", "disable", "enable", "connector charging")
+        desk.wait_for_state(lambda state: lamp(state) == ("Blue", "Pulsating"), "the lamp again")
+
+    def test_answers_for_a_peer_that_stands_still(self):
+        desk = self.ready()
+        self.steps(desk, "freeze session-manager")
+        late = desk.ask("step", line="connector charging")
+        self.steps(desk, "card accepted")
+        done = desk.done(late)
+        self.assertFalse(done["ok"])
+        self.assertIn('"thaw session-manager"', done["text"])
+
+    def test_plays_a_scenario_and_takes_steps_meanwhile(self):
+        desk = self.ready()
+        self.steps(desk, "connector reserved", "set HmiLedIntensityManual 20", "freeze meter")
+        number = desk.ask("play", scenario="night")
+        desk.wait_for_state(lambda state: state["play"]["waiting"], "an expectation")
+        self.steps(desk, "fault beeper all EIO", "heal")
+        self.assertTrue(desk.done(desk.ask("stop-play"))["ok"])
+        self.assertEqual(desk.done(number)["text"], "stopped")
+        self.assertTrue(desk.done(desk.ask("play", scenario="walk"))["ok"])
+        number = desk.ask("play", scenario="walk")
+        desk.wait_for_state(lambda state: state["play"]["line"] > 10 and not state["play"]["done"],
+                            "its middle")
+        desk.step("kill daemon")
+        self.assertFalse(desk.done(number)["ok"])
+        desk.wait_for_state(lambda state: state["play"]["failed"] and state["play"]["done"], "failure")
+        self.steps(desk, "start daemon", "disable")
+
+    def test_records_what_a_person_does_as_a_scenario_that_comes_out_again(self):
+        desk = self.ready()
+        self.steps(desk, "connector charging", "set HmiLedIntensityManual 60", "light 300")
+        desk.wait_for_state(lambda state: lamp(state) == ("Blue", "Pulsating") and
+                            state["display"]["percent"] == 60, "the first light")
+        self.assertTrue(desk.done(desk.ask("record", on=True))["ok"])
+        self.steps(desk, "error 1004 on")
+        desk.wait_for_state(lambda state: lamp(state) == ("Red", "Blink3"), "the error")
+        self.steps(desk, "error 1004 off", "card swiped")
+        desk.wait_for_state(lambda state: (state["tone"]["beeps"], state["tone"]["hz"]) == (1, 0),
+                            "the beep")
+        self.steps(desk, "kill session-manager", "start session-manager", "disable")
+        self.assertFalse(desk.step("card accepted")["ok"])
+        desk.wait_for_state(lambda state: lamp(state) == ("Yellow", "On"), "the disabled lamp")
+        self.assertTrue(desk.done(desk.ask("record", on=False))["ok"])
+        text = desk.wait_for_state(lambda state: not state["recording"]["on"] and
+                                   state["recording"]["text"], "the text")
+        for line in ("set HmiLedIntensityManual 60", "connector charging", "expect lamp red blink3",
+                     "expect beep", "card accepted rejected", "expect lamp yellow on"):
+            self.assertIn(line + "\n", text)
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "recorded.scenario"
+            path.write_text(text)
+            run = subprocess.run([PROGRAM, "--scenario", str(path), "--daemon",
+                                  os.environ["FEEDBACK"]], capture_output=True, text=True,
+                                 timeout=2 * GENEROUS)
+        self.assertEqual(run.returncode, 0, text + run.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()

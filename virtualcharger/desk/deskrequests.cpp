@@ -1,0 +1,95 @@
+// What the page's clients ask of the desk.
+#include <fmt/format.h>
+
+#include "virtualcharger/desk/desk.h"
+#include "virtualcharger/desk/prelude.h"
+
+void CDesk::Read(const CInbox::SLetter& letter) {
+  if (letter.hello) {
+    Greet(letter.client, letter.mayWrite);
+    return;
+  }
+  const auto& type = letter.message["type"];
+  if (type == "step") {
+    BeginStep(letter);
+    return;
+  }
+  if (type == "play") {
+    BeginPlay(letter);
+    return;
+  }
+  SUnderWay asked{letter.client, letter.message["id"], nullptr, {}};
+  if (type == "stop-play") {
+    StopPlay(asked);
+  } else if (type == "record") {
+    Record(asked, letter.message["on"] == true);
+  } else {
+    Tell(asked, false, R"(a message's "type" must be "step", "play", "stop-play" or "record")");
+  }
+}
+
+void CDesk::StopPlay(const SUnderWay& asked) {
+  const bool plays = mPlay.IsPlaying();
+  mPlay.Stop();
+  Tell(asked, plays, plays ? "" : "no scenario is being played");
+}
+
+void CDesk::Record(const SUnderWay& asked, bool on) {
+  const auto now = std::chrono::steady_clock::now();
+  if (on && mPlay.IsPlaying()) {
+    Tell(asked, false, "a scenario is being played; a recording is of what a person does");
+    return;
+  }
+  if (on) {
+    mRecorder.Begin(now, Prelude(mBench, mNewSettings, mStore.settings), Shown());
+  } else {
+    mRecorder.Show(now, Shown());
+    mRecorder.End(now);
+  }
+  mNews = true;
+  Tell(asked, true, "");
+}
+
+CRecorder::SShown CDesk::Shown() const {
+  const auto view = mBench.View();
+  const auto& display = mBench.Processes().Display();
+  const auto tones = mBench.Hardware().Tone().Tones();
+  const bool sounds = !tones.empty() && tones.back().divisor != 0;
+  return {mBench.Lamp().words, view.state, display ? std::optional(display->value) : std::nullopt,
+          view.beeps - (sounds ? 1 : 0)};
+}
+
+void CDesk::BeginPlay(const CInbox::SLetter& letter) {
+  const SUnderWay asked{letter.client, letter.message["id"], nullptr, {}};
+  const auto& name = letter.message["scenario"];
+  const auto* entry = mLibrary.Find(name.isString() ? name.asString() : "");
+  if (entry == nullptr) {
+    Tell(asked, false, fmt::format("there is no scenario {}", Compact(name)));
+  } else if (mRecorder.IsOn()) {
+    Tell(asked, false, "a recording is on, of what a person does; end it first");
+  } else if (mPlay.IsPlaying() || mPlayRequest) {
+    Tell(asked, false, "a scenario is being played; stop it first");
+  } else {
+    mPlayRequest = {asked, entry};
+    mNews = true;
+  }
+}
+
+void CDesk::BeginStep(const CInbox::SLetter& letter) {
+  SUnderWay step{letter.client, letter.message["id"], nullptr, {}};
+  const auto& line = letter.message["line"];
+  try {
+    const auto words = SplitWords(line.isString() ? line.asString() : "");
+    if (words.empty()) throw CParseError("the message has no \"line\" with a step");
+    const auto action = ParseStep(words);
+    const auto now = std::chrono::steady_clock::now();
+    mTimeline.AddStep(now, line.asString());
+    mRecorder.Show(now, Shown());
+    if (mRecorder.IsOn()) step.recorded = mRecorder.Step(now, line.asString());
+    step.deed = mCharger.Do(action);
+  } catch (const std::exception& error) {
+    Tell(step, false, error.what());
+    return;
+  }
+  if (GoOn(step)) mSteps.push_back(std::move(step));
+}

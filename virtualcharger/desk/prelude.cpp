@@ -1,0 +1,91 @@
+#include "virtualcharger/desk/prelude.h"
+
+#include <fmt/format.h>
+
+#include "platform/ipc/genericcontrol.pb.h"
+#include "platform/ipc/sessionmanager.pb.h"
+#include "utils/settingscatalogue.h"
+#include "virtualcharger/desk/picture.h"
+#include "virtualcharger/scenario/names.h"
+#include "virtualcharger/scenario/steptable.h"
+
+namespace {
+
+using Steps = std::vector<std::string>;
+
+std::string Stored(const std::string& key, const Json::Value& value) {
+  if (value.isNull()) return "unset " + key;
+  return fmt::format("set {} {}", key,
+                     value.isString() ? '"' + value.asString() + '"' : value.asString());
+}
+
+void AddSettings(Steps& steps, const Json::Value& before, const Json::Value& settings) {
+  bool restart = false;
+  for (const auto& setting : kSettings) {
+    const std::string key(setting.key);
+    const auto& value = settings[key];
+    if (value == before[key] || value.isObject() || value.isArray()) continue;
+    steps.push_back(Stored(key, value));
+    restart |= setting.section == "hwinfo";
+  }
+  if (!restart) return;
+  steps.insert(steps.end(), {"stop daemon", "start daemon"});
+}
+
+void AddInputs(Steps& steps, const CBench& bench) {
+  const auto& processes = bench.Processes();
+  const double lux = bench.Hardware().Sensor().Lux();
+  if (lux != 0) steps.push_back(fmt::format("light {}", lux));
+  if (processes.Connector().value != ipc::EConnectorStateAvailable) {
+    steps.push_back("connector " + ConnectorStateName(processes.Connector().value));
+  }
+  if (!processes.MeterAccepts()) steps.push_back("meter refuses");
+}
+
+void AddLifecycle(Steps& steps, const CProcesses& processes) {
+  const auto& state = processes.LastState();
+  if (!state || state->value == ipc::EStateUninitialized) return;
+  steps.push_back("disable");
+  if (state->value != ipc::EStateEnabled) return;
+  steps.push_back("expect state disabled");
+  steps.push_back("enable");
+  for (const int error : ActiveErrors(processes)) {
+    steps.push_back(fmt::format("error {} on", error));
+  }
+}
+
+void AddProcesses(Steps& steps, const CProcesses& processes) {
+  for (const auto& name : ProcessNames()) {
+    const auto& status = processes.Status(name);
+    if (status.frozen) steps.push_back("freeze " + name);
+    if (status.state == EProcessState::Stopped || status.state == EProcessState::Dead) {
+      steps.push_back("kill " + name);
+    }
+  }
+}
+
+void AddFaults(Steps& steps, const CFaults& faults) {
+  for (const auto& fault : FaultPictures(faults)) {
+    const auto detail = fault["detail"].asString();
+    steps.push_back(fmt::format("fault {} {} {}{}{}", fault["device"].asString(),
+                                fault["attribute"].asString(), fault["fault"].asString(),
+                                detail.empty() ? "" : " ", detail));
+  }
+}
+
+}  // namespace
+
+Steps Prelude(const CBench& bench, const Json::Value& newSettings, const Json::Value& settings) {
+  Steps steps;
+  AddSettings(steps, newSettings, settings);
+  AddInputs(steps, bench);
+  AddLifecycle(steps, bench.Processes());
+  const auto lamp = bench.Lamp().words;
+  if (bench.Processes().Runs(kDaemon) && lamp.find("mixed") == std::string::npos) {
+    steps.push_back("expect lamp " + lamp);
+  }
+  AddProcesses(steps, bench.Processes());
+  AddFaults(steps, bench.Hardware().Faults());
+  steps.emplace_back("mark");
+  return steps;
+}
