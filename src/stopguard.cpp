@@ -51,7 +51,7 @@ void Explain() {
       "The orderly end takes too long, as when a device does not answer; ending without it");
 }
 
-// Each of the acts may hang as well, the log where nobody reads the console.
+// Each of the acts may hang as well, the log too where the system's log service stands still.
 [[noreturn]] void Strike() {
   std::vector<std::function<void()>> acts{SwitchToneOff, Explain};
   {
