@@ -1,5 +1,6 @@
 #include "platform/rpc/grpcbackend.h"
 
+#include <grpc/grpc.h>
 #include <grpcpp/grpcpp.h>
 #include <grpcpp/health_check_service_interface.h>
 #include <grpcpp/resource_quota.h>
@@ -7,6 +8,7 @@
 
 #include <chrono>
 #include <future>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -30,6 +32,13 @@ constexpr auto kStopGrace = 100ms;
 
 // A connection without a call makes room for others; its client opens a new one when it needs it.
 constexpr int kIdleMilliseconds = 5'000;
+
+// When its last object has gone, gRPC clears up on a thread of its own, which nobody waits for and
+// which would still run while the end of the process takes away what it uses. This reference stays.
+void KeepGrpcUntilTheEnd() {
+  static std::once_flag once;
+  std::call_once(once, grpc_init);
+}
 
 template <typename Interface>
 class CClient final : public Rpc::IClient<Interface> {
@@ -55,7 +64,9 @@ class GrpcBackend::CImplementation {
         mClients(std::make_shared<Rpc::CClientContext>(mConfig.socketDirectory)),
         mAcceptor(mConfig, [this](CDescriptor connection) {
           grpc::AddInsecureChannelFromFd(mServer.get(), connection.Release());
-        }) {}
+        }) {
+    KeepGrpcUntilTheEnd();
+  }
 
   ~CImplementation() { Stop(); }
 
