@@ -10,6 +10,7 @@ import unittest
 LIBRARY = pathlib.Path(__file__).parents[2] / "virtualcharger" / "scenario" / "library"
 CANNOT_RUN_HERE = 3
 NOBODY = 65534
+SANITIZERS = {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}
 PLACES = ("/dev/shm", "/home", "/run", "/tmp", "/var/tmp")
 
 
@@ -42,7 +43,7 @@ class AnOrdinaryUser(unittest.TestCase):
             before = files_of_nobody()
             run = subprocess.run(
                 [folder / "virtual-charger", "--scenario", *scenarios], cwd="/",
-                env={"XDG_RUNTIME_DIR": str(runtime)}, user=NOBODY, group=NOBODY, extra_groups=[],
+                env={"XDG_RUNTIME_DIR": str(runtime), **SANITIZERS}, user=NOBODY, group=NOBODY, extra_groups=[],
                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
             if run.returncode == CANNOT_RUN_HERE:
                 self.skipTest(run.stdout)

@@ -308,9 +308,10 @@ TEST_F(AService, AnswersWhileAllButOneOfAConnectionsCallsAreBlocked) {
 TEST_F(AService, ThatIsStoppingFailsCallsThatWaitForAPeer) {
   std::promise<void> release;
   std::promise<void> entered;
-  Serve([&](const auto&, const auto&) {
+  // The call that was given up may still be served when the test has ended.
+  Serve([&entered, released = release.get_future().share()](const auto&, const auto&) {
     entered.set_value();
-    release.get_future().wait();
+    released.wait();
     return Result(ipc::EResultOk);
   });
   const auto client = mClient->CreateClient<IFeedback>("Feedback");
