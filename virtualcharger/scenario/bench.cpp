@@ -218,3 +218,8 @@ std::string LampWords(const SLamp& lamp) {
 std::string Percent(double value) {
   return fmt::format("{:g}%", value);
 }
+
+bool IsOfSettling(std::string_view line) {
+  return line.find("Feedback event triggered: Unknown[") != std::string_view::npos ||
+         line.find("Unknown feedback event type received") != std::string_view::npos;
+}

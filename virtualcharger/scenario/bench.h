@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/scenario/deed.h"
@@ -103,3 +104,5 @@ class CBench {
 std::string LampWords(const SLamp& lamp);
 // "76%", "7.6%".
 std::string Percent(double value);
+// Whether the line is what the daemon logs about the event that Settle has it take.
+bool IsOfSettling(std::string_view line);

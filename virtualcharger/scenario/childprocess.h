@@ -14,8 +14,8 @@ const std::string& ThisProgram();
 // Threads: one, which lives as long as the child may.
 class CChildProcess {
  public:
-  // Descriptors become the child's standard ones; none other is inherited, and no signal is
-  // blocked, SIGPIPE has its default action.
+  // Descriptors become the child's standard ones; none other is inherited, no signal is
+  // blocked, and SIGPIPE has its default action.
   struct SStandard {
     int input;
     int output;

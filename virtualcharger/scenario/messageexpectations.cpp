@@ -12,12 +12,6 @@ bool Contains(const SLogLine& line, std::string_view text) {
   return line.text.find(text) != std::string::npos;
 }
 
-// What the daemon says of the event that settling has it take.
-bool IsOfSettling(const SLogLine& line) {
-  return Contains(line, "Feedback event triggered: Unknown[") ||
-         Contains(line, "Unknown feedback event type received");
-}
-
 std::string Describe(const SLogLine& line) {
   return fmt::format("{} \"{}\"", LogLevelName(line.level), line.text);
 }
@@ -78,7 +72,7 @@ void CCharger::ExpectNoLog(Log::ELogLevel level, const std::string& text) {
   auto& log = mBench.Processes().DaemonLog();
   log.Read(false);
   for (const auto& line : log.Lines()) {
-    if (line.level < level || !Contains(line, text) || IsOfSettling(line)) continue;
+    if (line.level < level || !Contains(line, text) || IsOfSettling(line.text)) continue;
     Fail(fmt::format("no {}{}", LogLevelName(level),
                      text.empty() ? " or worse" : fmt::format(" or worse with \"{}\"", text)),
          fmt::format("{} at {}", Describe(line), When(line.time)));

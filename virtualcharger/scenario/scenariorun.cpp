@@ -23,7 +23,7 @@ std::string LastLines(const std::string& path) {
   std::deque<std::string> last;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
-    last.push_back(line);
+    if (!IsOfSettling(line)) last.push_back(line);
     if (last.size() > kLastLines) last.pop_front();
   }
   return last.empty() ? "(none)" : fmt::format("{}", fmt::join(last, "\n"));
