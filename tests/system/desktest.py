@@ -36,12 +36,12 @@ class TheDesk(DeskTest):
         desk.wait_for_state(lambda state: state["tone"]["beeps"] == 1, "a beep")
         desk.wait_for(lambda: [row["hz"] > 0 for row in desk.messages if row["type"] == "tone"][-2:]
                       == [True, False], "the tone's end")
-        self.steps(desk, "error 1004 on", "light 700", "set HmiLedIntensityManual 40",
-                   "fault green pattern EIO times 2", "log-level debug")
+        self.steps(desk, "log-level debug", "error 1004 on", "light 700",
+                   "set HmiLedIntensityManual 40", "fault red trigger EIO times 2")
         desk.wait_for_state(lambda state: state["errors"] == [1004] and state["light"] ==
                             {"lux": 700, "percent": 100} and state["display"]["percent"] == 40 and
                             state["settings"]["HmiLedIntensityManual"] == 40, "every input")
-        self.assertEqual(desk.state["faults"], [{"device": "green", "attribute": "pattern",
+        self.assertEqual(desk.state["faults"], [{"device": "red", "attribute": "trigger",
                                                  "fault": "EIO", "detail": "times 2"}])
         for lane, value in (("lifecycle", "enabled"), ("connector", "charging"), ("display", 40),
                             ("error", {"identifier": 1004, "on": True}), ("step", "light 700")):
