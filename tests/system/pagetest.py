@@ -169,10 +169,22 @@ class ThePage(unittest.TestCase):
         self.page.wait_for_lamp("Green on")
 
     def test_lists_each_beep_with_its_pitch_and_length(self):
+        self.page.run("""
+            const real = OscillatorNode;
+            window.heard = [];
+            OscillatorNode = class extends real {
+              constructor(audio, options) {
+                super(audio, options);
+                heard.push(`${options.frequency} Hz`);
+              }
+            };""")
+        self.page.press("#speaker", "Sound: off")
         before = self.page.run("return document.querySelectorAll('.beeps li').length")
         self.page.press("#daemon", "swiped")
         wait_until(lambda: self.page.run("return document.querySelectorAll('.beeps li').length") > before, "a beep")
         self.assertRegex(self.page.text(".beeps li:first-child"), r"^\d+ Hz, \d+ ms")
+        self.assertIn(self.page.run("return heard[0]"), self.page.text(".beeps"))
+        self.page.press("#speaker", "Sound: on")
 
     def test_shows_what_is_broken_until_it_is_healed(self):
         for name in ("blue pattern", "EIO", "Break it: blue pattern EIO"):
@@ -292,7 +304,8 @@ class ThePage(unittest.TestCase):
 def take_picture(path):
     """The page in the middle of a story, for the README."""
     desk = Desk("charger")
-    page = Page(desk.url, height=1300)
+    page = Page(desk.url, height=1340)
+    page.browser.execute_cdp_cmd("Emulation.setScrollbarsHidden", {"hidden": True})
     try:
         for step in ("set HmiLedIntensityManual 80", "disable", "enable", "connector connected", "card swiped",
                      "card accepted", "connector authorized", "light 120", "error 1004 on", "error 1004 off",
@@ -302,7 +315,6 @@ def take_picture(path):
             time.sleep(1.5)  # so that the time line has something to show
         wait_until(lambda: max(page.frames(1)[0]["colour"]) > 225, "the lamp to be bright")
         page.run("document.activeElement.blur()")
-        page.browser.execute_cdp_cmd("Emulation.setScrollbarsHidden", {"hidden": True})
         page.browser.save_screenshot(path)
     finally:
         page.close()

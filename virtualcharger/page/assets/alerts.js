@@ -54,8 +54,10 @@ export function alerts(desk) {
     if (!kAbout[status]) return;
     const [say, action, kind] = kAbout[status];
     const text = `${say(words(name))}${detail ? `: ${detail}` : ""}, at ${clock.text(since)}.`;
-    const act = button(words(action), () => desk.step(`${action} ${name}`),
-      { className: "steer", "aria-label": `${action} ${words(name)}` });
+    const act = button(words(action), async () => {
+      const { ok, text: reason } = await desk.step(`${action} ${name}`);
+      if (!ok) act.after(`✗ ${reason}`);
+    }, { className: "steer", "aria-label": `${action} ${words(name)}` });
     set(name, text, name === "daemon" ? kind.replace("warn", "bad") : kind, act);
   };
 

@@ -11,6 +11,8 @@ const kLoudest = 0.12;
 const kMostVolume = 4;
 const kLongestBar = 1000;
 
+const beepCount = (count) => (count === 1 ? "1 beep" : `${count} beeps`);
+
 export function speaker(root) {
   const mute = byId("sound");
   const now = el("p", { className: "figure", textContent: "silent" });
@@ -93,7 +95,7 @@ export function speaker(root) {
       const level = Number.parseInt(state.volume, 10);
       loudness = Number.isFinite(level) ? Math.min(level, kMostVolume) / kMostVolume : 0;
       if (gain) gain.gain.value = kLoudest * loudness;
-      setText(volume, `volume ${state.volume || "not set"} of ${kMostVolume}, ${state.tone.beeps} beeps`);
+      setText(volume, `volume ${state.volume || "not set"} of ${kMostVolume}, ${beepCount(state.tone.beeps)}`);
     },
   };
 }

@@ -53,6 +53,7 @@ export function timelinePart(root) {
   // Said by a screen reader when the cursor moves, not with each change.
   const announce = () => {
     const texts = read();
+    canvas.setAttribute("aria-valuemax", Math.round(clock.now()));
     canvas.setAttribute("aria-valuenow", Math.round(cursor() ?? shownEnd()));
     canvas.setAttribute("aria-valuetext", `${moment.textContent}: ${kLanes.map(({ title }, index) =>
       texts[index] && `${title} ${texts[index]}`).filter(Boolean).join(", ")}`);
