@@ -284,6 +284,14 @@ class ThePage(unittest.TestCase):
         self.page.type("#messages input[type=search]", Keys.CONTROL + "a" + Keys.NULL, Keys.DELETE)
         self.page.wait_for("#messages .rows", "connector")
 
+    def test_writes_down_what_is_done_as_a_scenario(self):
+        self.page.press("#recording", "Record")
+        self.page.wait_for("#record", "Recording")
+        self.page.press("#daemon", "charging")
+        self.page.wait_for(".recorded", "connector charging")
+        self.page.press("#recording", "● Recording, stop")
+        self.page.wait_for("#record", "Record")
+
     def test_fits_every_width_without_scrolling_sideways(self):
         self.addCleanup(self.page.resize, 1440, 900)
         for width in (360, 390, 768, 1024, 1440, 2560):
