@@ -28,7 +28,7 @@ SRunningCharger Entry(const std::string& name, const CDesk& desk, CPrivateRoot& 
 }
 
 void Explain(const CDesk& desk, const std::string& remedy) {
-  if (!remedy.empty()) fmt::print("No virtual hardware: {}\nEverything else works.\n\n", remedy);
+  if (!remedy.empty()) fmt::print("No virtual hardware: {}\n", remedy);
   fmt::print(
       "The charger runs: {}\n"
       "Ctrl-C ends it. A story without a page: ./run --story\n",

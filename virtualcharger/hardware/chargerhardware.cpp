@@ -1,5 +1,7 @@
 #include "virtualcharger/hardware/chargerhardware.h"
 
+#include <linux/kd.h>
+
 #include "virtualcharger/hardware/beeper.h"
 
 namespace {
@@ -26,9 +28,29 @@ void CChargerHardware::SetListener(const std::function<void()>& listener) {
 
 void CChargerHardware::DarkenLamp() {
   for (std::size_t index = 0; index < kStatusLightDevices.size(); ++index) {
-    mLight.Channels()[index]->Write("brightness", "0");
-    mLampWrites->Add({{}, std::string(kStatusLightDevices[index]), "brightness", "0", 0, 1});
+    WriteLamp(index, "brightness", "0");
   }
+}
+
+void CChargerHardware::ShowLamp(const SLamp& lamp, int percent) {
+  const auto patterns = LampPatterns(lamp);
+  for (std::size_t index = 0; index < patterns.size(); ++index) {
+    WriteLamp(index, "trigger", "pattern");
+    WriteLamp(index, "max_pattern_brightness", std::to_string(percent * 10));
+    WriteLamp(index, "pattern", PatternText(patterns[index]));
+  }
+}
+
+void CChargerHardware::WriteLamp(std::size_t channel, const std::string& attribute,
+                                 const std::string& text) {
+  const int error = mLight.Channels()[channel]->Write(attribute, text);
+  mLampWrites->Add(
+      {{}, std::string(kStatusLightDevices[channel]), attribute, text, error, text.size()});
+}
+
+void CChargerHardware::Sound(unsigned hz) {
+  const auto divisor = hz == 0 ? 0 : static_cast<std::uintptr_t>(kToneClock / hz);
+  mTone->Control("", KIOCSOUND, divisor);
 }
 
 std::optional<std::string> CChargerHardware::Start() {

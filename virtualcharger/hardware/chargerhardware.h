@@ -33,6 +33,10 @@ class CChargerHardware {
 
   // As it is before anything is written to it.
   void DarkenLamp();
+  // As if it had been written: the lamp with this upper end of its range, in percent, and a tone of
+  // so many Hz, 0 for silence.
+  void ShowLamp(const SLamp& lamp, int percent);
+  void Sound(unsigned hz);
 
   CFaults& Faults() { return *mFaults; }
   const CFaults& Faults() const { return *mFaults; }
@@ -48,6 +52,8 @@ class CChargerHardware {
                                        const std::string& attribute) const;
 
  private:
+  void WriteLamp(std::size_t channel, const std::string& attribute, const std::string& text);
+
   const std::shared_ptr<CFaults> mFaults;
   // The lamp has a record of its own: what else is written comes at any time between.
   const std::shared_ptr<CWriteHistory> mLampWrites;

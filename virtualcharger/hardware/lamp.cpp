@@ -1,7 +1,6 @@
 #include "virtualcharger/hardware/lamp.h"
 
 #include <algorithm>
-#include <map>
 #include <string_view>
 #include <vector>
 
@@ -35,15 +34,27 @@ Pattern Blink(unsigned pulses) {
   return HardEdges(levels);
 }
 
-std::vector<SMode> Modes() {
-  std::vector<SMode> modes{{"On", {{kFull, 0}, {kFull, 0}}},
-                           {"Pulsating", {{kFull, 2500}, {0, 2500}}},
-                           {"Flashing", HardEdges({{kFull, 167}, {0, 167}})}};
-  for (unsigned pulses = 1; pulses <= 10; ++pulses) {
-    modes.push_back({"Blink" + std::to_string(pulses), Blink(pulses)});
-  }
-  return modes;
+const std::vector<SMode>& Modes() {
+  static const std::vector<SMode> all = [] {
+    std::vector<SMode> modes{{"On", {{kFull, 0}, {kFull, 0}}},
+                             {"Pulsating", {{kFull, 2500}, {0, 2500}}},
+                             {"Flashing", HardEdges({{kFull, 167}, {0, 167}})}};
+    for (unsigned pulses = 1; pulses <= 10; ++pulses) {
+      modes.push_back({"Blink" + std::to_string(pulses), Blink(pulses)});
+    }
+    return modes;
+  }();
+  return all;
 }
+
+struct SColour {
+  std::string_view channels;
+  std::string_view name;
+};
+
+constexpr std::array<SColour, 5> kColours{
+    {{"r", "Red"}, {"g", "Green"}, {"b", "Blue"}, {"rg", "Yellow"}, {"rgb", "White"}}};
+constexpr std::string_view kChannels = "rgb";
 
 bool IsDark(const SChannelLight& light) {
   if (light.pattern.empty()) return light.level == 0;
@@ -59,9 +70,6 @@ bool SameLight(const SChannelLight& left, const SChannelLight& right) {
 }  // namespace
 
 SLamp DescribeLamp(const std::array<SChannelLight, 3>& channels) {
-  static const std::vector<SMode> modes = Modes();
-  static const std::map<std::string_view, std::string_view> colours{
-      {"r", "Red"}, {"g", "Green"}, {"b", "Blue"}, {"rg", "Yellow"}, {"rgb", "White"}};
   const SLamp mixed{"", "Mixed"};
 
   std::string lit;
@@ -70,14 +78,26 @@ SLamp DescribeLamp(const std::array<SChannelLight, 3>& channels) {
     if (IsDark(channels[index])) continue;
     if (light != nullptr && !SameLight(*light, channels[index])) return mixed;
     light = &channels[index];
-    lit += "rgb"[index];
+    lit += kChannels[index];
   }
   if (light == nullptr) return {"", "Off"};
 
-  const auto colour = colours.find(lit);
-  const auto mode = std::find_if(modes.begin(), modes.end(), [&](const SMode& candidate) {
-    return candidate.pattern == light->pattern;
-  });
-  if (colour == colours.end() || mode == modes.end()) return mixed;
-  return {std::string(colour->second), mode->name};
+  const auto* const colour = std::ranges::find(kColours, lit, &SColour::channels);
+  const auto mode = std::ranges::find(Modes(), light->pattern, &SMode::pattern);
+  if (colour == kColours.end() || mode == Modes().end()) return mixed;
+  return {std::string(colour->name), mode->name};
+}
+
+std::array<Pattern, 3> LampPatterns(const SLamp& lamp) {
+  const Pattern dark{{0, 0}, {0, 0}};
+  std::array<Pattern, 3> patterns{dark, dark, dark};
+  const auto* const colour = std::ranges::find(kColours, lamp.colour, &SColour::name);
+  const auto mode = std::ranges::find(Modes(), lamp.mode, &SMode::name);
+  if (colour == kColours.end() || mode == Modes().end()) return patterns;
+  for (std::size_t index = 0; index < patterns.size(); ++index) {
+    if (colour->channels.find(kChannels[index]) != std::string_view::npos) {
+      patterns[index] = mode->pattern;
+    }
+  }
+  return patterns;
 }

@@ -17,3 +17,6 @@ struct SLamp {
 // that the charger has no name for: another pattern or pair of colours, or lit channels that differ
 // in pattern or range. Whether the channels' patterns began together is not looked at.
 SLamp DescribeLamp(const std::array<SChannelLight, 3>& channels);
+
+// What the channels play so that the lamp shows this light; darkness for another one.
+std::array<Pattern, 3> LampPatterns(const SLamp& lamp);

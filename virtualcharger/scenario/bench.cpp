@@ -54,7 +54,7 @@ CBench::CBench(const CProcesses::SSettings& processes, const CChargerHardware::S
 
 std::optional<std::string> CBench::StartHardware() {
   auto failure = mHardware.Start();
-  mHasHardware = !failure;
+  if (failure) mReported.emplace(mHardware);
   SpareTheConsole();
   return failure;
 }
@@ -69,11 +69,12 @@ void CBench::Renew() {
 
 // The daemon would take this machine's own console for its beeper.
 void CBench::SpareTheConsole() {
-  if (!mHasHardware && access("/dev/tty0", F_OK) == 0) SetStored("HwHasBuzzer", false);
+  if (mReported && access("/dev/tty0", F_OK) == 0) SetStored("HwHasBuzzer", false);
 }
 
 void CBench::Look() {
   mProcesses.Look();
+  if (mReported) mReported->Show(mProcesses);
   const auto writes = mHardware.LampWrites().Since(mLooked);
   mLooked += writes.size();
   const auto changed = writes.empty() ? std::chrono::steady_clock::now() : writes.back().time;

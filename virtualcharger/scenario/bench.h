@@ -14,6 +14,7 @@
 #include "virtualcharger/scenario/deed.h"
 #include "virtualcharger/scenario/icharger.h"
 #include "virtualcharger/scenario/processes.h"
+#include "virtualcharger/scenario/reportedhardware.h"
 
 // What can be seen and heard from outside at one moment.
 struct SView {
@@ -92,7 +93,8 @@ class CBench {
 
   const TimePoint mBegin = std::chrono::steady_clock::now();
   CChargerHardware mHardware;
-  bool mHasHardware = false;
+  // Where the hardware is not mounted.
+  std::optional<CReportedHardware> mReported;
   CWriteHistory::Mark mLooked = 0;
   SSeen mLamp{"", mBegin};
   SSeen mBrightness{"", mBegin};
