@@ -152,6 +152,8 @@ class ThePage(unittest.TestCase):
             self.page.set("HmiLedIntensityManual", percent)
             self.page.wait_for("#lamp .figure", f"{percent} %")
             self.page.wait_for("#meter", f"{percent} %")
+        self.page.set("HmiLedIntensityManual", 140)
+        self.page.wait_for("#settings .hint", "above the range: 100 holds")
         self.page.press("#settings", "Take HmiLedIntensityManual out of the store")
         wait_until(lambda: self.page.find("#setting-HmiLedIntensityManual").get_attribute("value") == "",
                    "the setting to be unset")

@@ -67,7 +67,7 @@ export function alerts(desk) {
     if (state && link.status !== "lost") {
       state.processes.forEach(processAlert);
       if (state.storeError) set("store", state.storeError, "warn");
-      if (state.play?.failed) set("play", `Scenario ${state.play.scenario}, line ${state.play.line}: ${state.play.failed}`, "warn");
+      if (state.play.failed) set("play", `Scenario ${state.play.scenario}, line ${state.play.line}: ${state.play.failed}`, "warn");
     }
     if (greeting && !greeting.hardware) set("hardware", `No virtual hardware: the lamp is shown as the daemon reports it. ${greeting.remedy}`, "warn");
     if (greeting && !greeting.token) set("token", kNoToken, "warn");

@@ -52,7 +52,9 @@ function settingRow(setting, step) {
   const { input, show } = field(setting, id, set);
   const unset = button("unset", () => set(null), { "aria-label": `Take ${key} out of the store` });
   const hint = el("span", { className: "hint" });
-  let shown;
+  let stored;
+  // What is being typed is left alone until it is done with.
+  input.addEventListener("blur", () => show(stored));
   return {
     root: el("div", { className: "setting" },
       el("label", { htmlFor: id }, el("code", { textContent: key }),
@@ -61,11 +63,9 @@ function settingRow(setting, step) {
         el("small", { className: "range", textContent: rangeText(setting) })), hint),
     show(value) {
       unset.disabled = value === null;
-      // What is being typed is left alone.
-      if (document.activeElement === input && input.tagName === "INPUT" && shown !== undefined) return;
-      if (shown === value) return;
-      shown = value;
-      show(value);
+      if (stored === value) return;
+      stored = value;
+      if (document.activeElement !== input || input.tagName === "SELECT") show(value);
       setText(hint, remark(setting, value));
     },
   };
