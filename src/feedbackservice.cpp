@@ -2,5 +2,5 @@
 
 ipc::MResult CFeedbackService::TriggerFeedbackEvent(const ipc::MFbEventType& event,
                                                     const ipc::MInstanceType& instance) {
-  return mEventCallback(event, instance);
+  return GetEventCallback()(event, instance);
 }

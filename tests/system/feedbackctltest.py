@@ -92,12 +92,14 @@ class FeedbackCtl(unittest.TestCase):
         self.start_charger()
         self.set_error(1004, True)
         wait_until(lambda: self.json("lamp")["lamp"] == "Red/Blink3", "the lamp's report")
+        plain = {name: value for name, value in os.environ.items() if name != "NO_COLOR"}
         for environment, redraws, colours in (({"TERM": "xterm"}, True, True),
                                               ({"TERM": "xterm", "NO_COLOR": "1"}, True, False),
                                               ({"TERM": "dumb"}, False, False)):
             terminal, its_end = pty.openpty()
             with open(terminal, "rb", 0) as screen:
-                watch = subprocess.Popen(self.command("watch"), stdout=its_end, env=environment)
+                watch = subprocess.Popen(self.command("watch"), stdout=its_end,
+                                         env={**plain, **environment})
                 self.addCleanup(watch.kill)
                 os.close(its_end)
                 shown = b""
