@@ -2,11 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 
 #include "platform/rpc/interfaces/genericcontrol.h"
 #include "statemachines/iprocesscontrol.h"
 
-// Threads: wired before anything is served; after that every operation from any thread.
+// Threads: any.
 class CProcessControlService : public IGenericControl, public IProcessControl {
  public:
   using RequestHandler = std::function<ipc::MResult()>;
@@ -23,6 +24,10 @@ class CProcessControlService : public IGenericControl, public IProcessControl {
   void SendAlive() override;
 
  private:
+  ipc::MResult Ask(const RequestHandler& handler) const;
+
+  mutable std::mutex mMutex;
+  // Guarded by mMutex.
   RequestHandler mEnable;
   RequestHandler mDisable;
 };
