@@ -12,7 +12,10 @@ CPageClock::TimePoint Time(const Json::Value& message) {
 
 void CMessageFeed::Take(const std::string& peer, std::int64_t number, const std::string& text) {
   Json::Value message;
-  std::istringstream(text) >> message;
+  std::istringstream stream(text);
+  const bool understood =
+      Json::parseFromStream(Json::CharReaderBuilder(), stream, &message, nullptr);
+  if (!understood || !message.isObject()) return;
   if (message.isMember("from")) {
     Begin(peer, number, message);
   } else if (const auto begun = mUnderWay.extract({peer, number})) {
