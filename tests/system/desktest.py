@@ -114,6 +114,7 @@ class TheDesk(DeskTest):
         self.assertTrue(desk.done(desk.ask("stop-play"))["ok"])
         self.assertEqual(desk.done(number)["text"], "stopped")
         self.assertTrue(desk.done(desk.ask("play", scenario="walk"))["ok"])
+        desk.wait_for_state(lambda state: state["play"]["done"], "its end")
         number = desk.ask("play", scenario="walk")
         desk.wait_for_state(lambda state: state["play"]["line"] > 10 and not state["play"]["done"],
                             "its middle")
