@@ -37,13 +37,13 @@ void Explain(const CDesk& desk, const std::string& remedy) {
 }
 
 void Live(const SRunOptions& options, CBench& bench, CInterrupt& interrupt) {
-  CDeskRegistry registry(options.name);
+  auto registry = options.name.empty() ? CDeskRegistry() : CDeskRegistry(options.name);
   std::optional<CPageOpener> opener;
   if (options.openPage) opener.emplace();
   const auto remedy = bench.StartHardware().value_or("");
   const CLibrary library(std::filesystem::path(ThisProgram()).parent_path());
-  CDesk desk({options.name, remedy, options.port}, bench, interrupt, library, registry);
-  registry.Announce(Entry(options.name, desk, bench.Processes().Root()));
+  CDesk desk({registry.Name(), remedy, options.port}, bench, interrupt, library, registry);
+  registry.Announce(Entry(registry.Name(), desk, bench.Processes().Root()));
   Explain(desk, remedy);
   if (opener) opener->Open(desk.Url());
   desk.Run();

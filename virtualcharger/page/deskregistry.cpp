@@ -23,7 +23,7 @@ constexpr std::size_t kLongestName = 32;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-const std::string& Checked(const std::string& name) {
+void Check(const std::string& name) {
   const auto isLetter = [](unsigned char each) { return std::isalnum(each) != 0; };
   const auto isAllowed = [&](char each) {
     return isLetter(static_cast<unsigned char>(each)) ||
@@ -31,7 +31,7 @@ const std::string& Checked(const std::string& name) {
   };
   if (!name.empty() && name.size() <= kLongestName &&
       isLetter(static_cast<unsigned char>(name[0])) && std::ranges::all_of(name, isAllowed)) {
-    return name;
+    return;
   }
   throw std::runtime_error(fmt::format(
       "\"{}\" cannot be a charger's name: it has at most {} letters, digits, '.', '_' and '-', and "
@@ -58,7 +58,7 @@ void RemoveLeftovers() {
   }
 }
 
-bool Take(int file) {
+bool Lock(int file) {
   struct flock lock {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
@@ -67,20 +67,25 @@ bool Take(int file) {
 
 }  // namespace
 
-CDeskRegistry::CDeskRegistry(const std::string& name)
-    : mName(Checked(name)), mPath(RunningChargersFolder() + '/' + name + ".json") {
+CDeskRegistry::CDeskRegistry() {
   const auto folder = LockFolder();
   RemoveLeftovers();
-  mFile = CDescriptor(open(mPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!mFile) Fail("cannot open " + mPath);
-  if (!Take(mFile.Get())) {
+  for (int number = 1; !Take(number == 1 ? "charger" : fmt::format("charger-{}", number));) {
+    ++number;
+  }
+}
+
+CDeskRegistry::CDeskRegistry(const std::string& name) {
+  Check(name);
+  const auto folder = LockFolder();
+  RemoveLeftovers();
+  if (!Take(name)) {
     const auto other = ReadRunningCharger(mPath);
     throw std::runtime_error(
         fmt::format("a charger named \"{}\" runs already (process {}); stop it, or give this one "
                     "another name with --name",
                     name, other ? other->pid : 0));
   }
-  Write({});
 }
 
 CDeskRegistry::~CDeskRegistry() {
@@ -96,6 +101,17 @@ std::vector<SRunningCharger> CDeskRegistry::Others() const {
   auto chargers = RunningChargers();
   std::erase_if(chargers, [this](const SRunningCharger& each) { return each.name == mName; });
   return chargers;
+}
+
+// With the folder's lock held. False where the name is another one's.
+bool CDeskRegistry::Take(const std::string& name) {
+  mName = name;
+  mPath = RunningChargersFolder() + '/' + name + ".json";
+  mFile = CDescriptor(open(mPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (!mFile) Fail("cannot open " + mPath);
+  if (!Lock(mFile.Get())) return false;
+  Write({});
+  return true;
 }
 
 // A reader that comes in between sees a charger that is starting.

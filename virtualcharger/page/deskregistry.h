@@ -10,6 +10,10 @@
 // Threads: one at a time.
 class CDeskRegistry {
  public:
+  // Takes the first one of "charger", "charger-2", "charger-3" and so on that is free. Throws
+  // std::runtime_error.
+  CDeskRegistry();
+
   // Takes the name: letters, digits, '.', '_' and '-', at most 32, the first one a letter or digit.
   // Removes what killed chargers have left. Throws std::runtime_error where the name is another
   // one's or cannot be a name, with the way out.
@@ -24,13 +28,17 @@ class CDeskRegistry {
   // std::runtime_error.
   void Announce(const SRunningCharger& charger) { Write(charger); }
 
+  const std::string& Name() const { return mName; }
+
   // As RunningChargers, without this one.
   std::vector<SRunningCharger> Others() const;
 
  private:
+  bool Take(const std::string& name);
   void Write(const SRunningCharger& charger);
 
-  const std::string mName;
-  const std::string mPath;
+  // Constant after construction.
+  std::string mName;
+  std::string mPath;
   CDescriptor mFile;  // locked
 };

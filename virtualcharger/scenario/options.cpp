@@ -25,7 +25,8 @@ options:
   --check FILE     only say whether the file's steps are understood
   --junit FILE     write what came out for CI, in JUnit's format: a suite for each scenario, a test
                    case for each "say"
-  --name NAME      of the charger with the page, several run side by side (default: charger)
+  --name NAME      of the charger with the page, several run side by side
+                   (default: charger, or charger-2 and so on where that runs already)
   --port N         of its page (default: 8765, or the next one that is free)
   --open           show the page in a browser
   --daemon PATH    the daemon to run (default: "feedback" beside this program)

@@ -20,7 +20,7 @@ struct SRunOptions {
   bool showLog = false;
   bool keepRoot = false;
   // Of a charger with a page.
-  std::string name = "charger";
+  std::string name;  // of the charger with the page; empty for the first free one
   std::optional<std::uint16_t> port;
   bool openPage = false;
 };

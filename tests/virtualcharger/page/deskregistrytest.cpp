@@ -64,6 +64,9 @@ TEST_F(ADeskRegistry, KeepsANameForOneChargerAtATime) {
                       HasSubstr("--name")));
   }
   EXPECT_EQ(Refusal("charger"), "");
+  const CDeskRegistry first;
+  const CDeskRegistry second;
+  EXPECT_EQ(first.Name() + ' ' + second.Name(), "charger charger-2");
   for (const auto* name : {"", ".hidden", "-x", "a/b", "../x", "white space", "\xc3\xa4"}) {
     EXPECT_THAT(Refusal(name), HasSubstr("cannot be a charger's name")) << name;
   }

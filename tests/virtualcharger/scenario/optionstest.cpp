@@ -27,7 +27,7 @@ TEST(TheCommandLine, RunsAScenarioWithTheDaemonBesideTheProgram) {
 TEST(TheCommandLine, RunsAChargerWithAPageWhereThereIsNoScenario) {
   const auto plain = std::get<SRunOptions>(Parse({}));
   EXPECT_TRUE(plain.scenarios.empty());
-  EXPECT_EQ(plain.name, "charger");
+  EXPECT_EQ(plain.name, "");
   EXPECT_FALSE(plain.port || plain.openPage);
   const auto run = std::get<SRunOptions>(Parse({"--open", "--name", "two", "--port", "9000"}));
   EXPECT_EQ(run.name, "two");
