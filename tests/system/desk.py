@@ -19,10 +19,10 @@ PROGRAM = os.environ["VIRTUAL_CHARGER"]
 class Desk:
     """A desk of its own; what it tells is kept as it comes."""
 
-    def __init__(self, *options):
+    def __init__(self, *options, inside=()):
         self.runtime = tempfile.TemporaryDirectory(prefix="desk-", dir="/tmp")
         self.process = subprocess.Popen(
-            [PROGRAM, "--daemon", os.environ["FEEDBACK"], *options], stdout=subprocess.PIPE,
+            [*inside, PROGRAM, "--daemon", os.environ["FEEDBACK"], *options], stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, text=True,
             env={**os.environ, "XDG_RUNTIME_DIR": self.runtime.name})
         self.said = ""

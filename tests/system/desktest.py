@@ -8,12 +8,26 @@ import subprocess
 import tempfile
 import unittest
 
-from desk import PROGRAM, DeskTest
+from desk import PROGRAM, Desk, DeskTest
 from processes import GENEROUS
 
 
 def lamp(state):
     return state["lamp"]["colour"], state["lamp"]["mode"]
+
+
+# A machine of which /dev has no more than every machine has.
+BARE = ("unshare", "-rm", "sh", "-ec", """
+mount -t tmpfs none /mnt
+for device in null zero full random urandom tty; do
+  touch /mnt/$device
+  mount --bind /dev/$device /mnt/$device
+done
+mkdir /mnt/shm
+ln -s /proc/self/fd /mnt/fd
+mount --rbind /mnt /dev
+exec "$@"
+""", "sh")
 
 
 class TheDesk(DeskTest):
@@ -104,6 +118,19 @@ class TheDesk(DeskTest):
         done = desk.done(late)
         self.assertFalse(done["ok"])
         self.assertIn('"thaw session-manager"', done["text"])
+
+    def test_shows_what_the_daemon_reports_where_the_machine_gives_no_hardware(self):
+        if subprocess.run([*BARE, "true"], capture_output=True).returncode != 0:
+            self.skipTest("no namespaces for users")
+        desk = Desk(inside=BARE)
+        self.addCleanup(desk.close)
+        self.assertFalse(desk.hello["hardware"])
+        for said in (desk.said, desk.hello["remedy"]):
+            self.assertIn("cannot open /dev/fuse: No such file or directory; load the module", said)
+        desk.wait_for_state(lambda state: lamp(state) == ("Yellow", "On"), "the daemon")
+        self.steps(desk, "disable", "enable", "connector charging", "set HmiLedIntensityManual 50")
+        desk.wait_for_state(lambda state: lamp(state) == ("Blue", "Pulsating") and
+                            state["lamp"]["percent"] == "50%", "the light that is reported")
 
     def test_plays_a_scenario_and_takes_steps_meanwhile(self):
         desk = self.ready()
