@@ -1,7 +1,8 @@
-"""A charger with its page's WebSocket, as a browser uses it."""
+"""Chargers with a page, and the page's WebSocket as a browser uses it."""
 
 import json
 import os
+import pathlib
 import re
 import signal
 import subprocess
@@ -13,25 +14,47 @@ import websocket
 
 from processes import GENEROUS
 
-PROGRAM = os.environ["VIRTUAL_CHARGER"]
-
 
 class Desk:
-    """A desk of its own; what it tells is kept as it comes."""
+    """A charger with a page, in a runtime folder of its own."""
+
+    def __init__(self, name, *options, inside=()):
+        self.folder = tempfile.TemporaryDirectory(dir="/tmp")
+        self._process = subprocess.Popen(
+            [*inside, os.environ["VIRTUAL_CHARGER"], "--daemon", os.environ["FEEDBACK"],
+             "--name", name, *options],
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            env={**os.environ, "XDG_RUNTIME_DIR": self.folder.name})
+        self.said = ""
+        for line in self._process.stdout:
+            self.said += line
+            found = re.search(r"(http://127\.0\.0\.1:(\d+)/)#(\w+)", line)
+            if found:
+                self.url, self.address, self.port, self.token = found[0], *found.groups()
+                return
+        raise AssertionError("the virtual charger gave no address:\n" + self.said)
+
+    def kill_daemon(self):
+        """From outside, so that nobody has asked for it."""
+        children = pathlib.Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children").read_text()
+        daemon = next(int(child) for child in children.split()
+                      if pathlib.Path(f"/proc/{child}/comm").read_text().strip() == "feedback")
+        os.kill(daemon, signal.SIGKILL)
+
+    def end(self):
+        """Its exit status, as after Ctrl-C."""
+        if self._process.poll() is None:
+            self._process.send_signal(signal.SIGINT)
+        self.said += self._process.communicate(timeout=GENEROUS)[0]
+        self.folder.cleanup()
+        return self._process.returncode
+
+
+class SteeredDesk(Desk):
+    """Over the WebSocket; what it tells is kept as it comes."""
 
     def __init__(self, *options, inside=()):
-        self.runtime = tempfile.TemporaryDirectory(prefix="desk-", dir="/tmp")
-        self.process = subprocess.Popen(
-            [*inside, PROGRAM, "--daemon", os.environ["FEEDBACK"], *options], stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE, text=True,
-            env={**os.environ, "XDG_RUNTIME_DIR": self.runtime.name})
-        self.said = ""
-        while not (found := re.search(r"(http://[\d.:]+/)#(\w+)", self.said)):
-            line = self.process.stdout.readline()
-            if not line:
-                raise AssertionError(self.process.communicate()[1])
-            self.said += line
-        self.address, self.token = found.groups()
+        super().__init__("steered", *options, inside=inside)
         self.messages = []
         self.state = None
         self._steps = 0
@@ -84,13 +107,9 @@ class Desk:
         return self.done(self.ask("step", line=line))
 
     def close(self):
-        """Ends it as a person does; the exit status."""
         self.socket.close()
-        self.process.send_signal(signal.SIGINT)
-        output, errors = self.process.communicate(timeout=GENEROUS)
-        self.runtime.cleanup()
-        if self.process.returncode != 0:
-            raise AssertionError(output + errors)
+        if self.end() != 0:
+            raise AssertionError(self.said)
 
     def status(self, name):
         return next(each["status"] for each in self.state["processes"] if each["name"] == name)
@@ -98,7 +117,7 @@ class Desk:
 
 class DeskTest(unittest.TestCase):
     def start(self, *options):
-        desk = Desk(*options)
+        desk = SteeredDesk(*options)
         self.addCleanup(desk.close)
         if not desk.hello["hardware"]:
             self.skipTest(desk.hello["remedy"])

@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import unittest
 
-from desk import PROGRAM, Desk, DeskTest
+from desk import DeskTest, SteeredDesk
 from processes import GENEROUS
 
 
@@ -103,9 +103,7 @@ class TheDesk(DeskTest):
         for action, works in (("kill", True), ("freeze", False), ("start", True)):
             for number in [desk.ask("step", line=f"{action} {peer}") for peer in peers]:
                 self.assertEqual(desk.done(number)["ok"], works, action)
-        daemon = int(subprocess.run(["pgrep", "-P", str(desk.process.pid), "-x", "feedback"],
-                                    capture_output=True, text=True, check=True).stdout)
-        os.kill(daemon, 9)
+        desk.kill_daemon()
         desk.wait_for_state(lambda _: desk.status("daemon") == "dead", "a death nobody asked for")
         self.steps(desk, "start daemon", "disable", "enable", "connector charging")
         desk.wait_for_state(lambda state: lamp(state) == ("Blue", "Pulsating"), "the lamp again")
@@ -122,7 +120,7 @@ class TheDesk(DeskTest):
     def test_shows_what_the_daemon_reports_where_the_machine_gives_no_hardware(self):
         if subprocess.run([*BARE, "true"], capture_output=True).returncode != 0:
             self.skipTest("no namespaces for users")
-        desk = Desk(inside=BARE)
+        desk = SteeredDesk(inside=BARE)
         self.addCleanup(desk.close)
         self.assertFalse(desk.hello["hardware"])
         for said in (desk.said, desk.hello["remedy"]):
@@ -173,7 +171,7 @@ class TheDesk(DeskTest):
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder) / "recorded.scenario"
             path.write_text(text)
-            run = subprocess.run([PROGRAM, "--scenario", str(path), "--daemon",
+            run = subprocess.run([os.environ["VIRTUAL_CHARGER"], "--scenario", str(path), "--daemon",
                                   os.environ["FEEDBACK"]], capture_output=True, text=True,
                                  timeout=2 * GENEROUS)
         self.assertEqual(run.returncode, 0, text + run.stdout)

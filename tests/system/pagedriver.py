@@ -1,11 +1,6 @@
-"""A virtual charger at the desk, and a person at its page: a real browser, found and worked by what
-stands on the page."""
+"""A person at the page of a virtual charger: a real browser, found and worked by what stands on the
+page."""
 
-import os
-import pathlib
-import re
-import signal
-import subprocess
 import tempfile
 
 from selenium import webdriver
@@ -34,38 +29,6 @@ requestAnimationFrame(function watch() {
   else done(frames);
 });
 """
-
-
-class Desk:
-    def __init__(self, name, *options):
-        self.folder = tempfile.TemporaryDirectory()
-        self._process = subprocess.Popen(
-            [os.environ["VIRTUAL_CHARGER"], "--daemon", os.environ["FEEDBACK"], "--name", name, *options],
-            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-            env={**os.environ, "XDG_RUNTIME_DIR": self.folder.name})
-        said = []
-        for line in self._process.stdout:
-            said.append(line)
-            found = re.search(r"http://127\.0\.0\.1:(\d+)/#\w+", line)
-            if found:
-                self.url, self.port = found[0], found[1]
-                return
-        raise AssertionError("the virtual charger gave no address:\n" + "".join(said))
-
-    def kill_daemon(self):
-        """From outside, so that nobody has asked for it."""
-        children = pathlib.Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children").read_text()
-        daemon = next(int(child) for child in children.split()
-                      if pathlib.Path(f"/proc/{child}/comm").read_text().strip() == "feedback")
-        os.kill(daemon, signal.SIGKILL)
-
-    def end(self):
-        """Its exit status, as after Ctrl-C."""
-        if self._process.poll() is None:
-            self._process.send_signal(signal.SIGINT)
-        self._process.communicate(timeout=GENEROUS)
-        self.folder.cleanup()
-        return self._process.returncode
 
 
 class Page:

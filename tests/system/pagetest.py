@@ -8,7 +8,8 @@ import unittest
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
-from pagedriver import Desk, Page
+from desk import Desk
+from pagedriver import Page
 from patternlight import ChannelLight, screen
 from processes import wait_until
 
