@@ -57,6 +57,14 @@ class TheDesk(DeskTest):
                             state["settings"]["HmiLedIntensityManual"] == 40, "every input")
         self.assertEqual(desk.state["faults"], [{"device": "red", "attribute": "trigger",
                                                  "fault": "EIO", "detail": "times 2"}])
+        store = next(pathlib.Path(desk.folder.name).glob("charger-*/etc/ovra.json"))
+        good = store.read_text()
+        store.write_text("{")
+        desk.wait_for_state(lambda state: "not a valid store" in state["storeError"], "a broken store")
+        self.assertEqual(desk.state["settings"]["HmiLedIntensityManual"], 40)
+        store.write_text(good.replace(": 40", ": 30"))
+        desk.wait_for_state(lambda state: state["storeError"] == "" and
+                            state["settings"]["HmiLedIntensityManual"] == 30, "an editor's change")
         for lane, value in (("lifecycle", "enabled"), ("connector", "charging"), ("display", 40),
                             ("error", {"identifier": 1004, "on": True}), ("step", "light 700")):
             desk.wait_for(lambda: any(row["lane"] == lane and row["value"] == value
@@ -75,10 +83,14 @@ class TheDesk(DeskTest):
     def test_refuses_what_it_cannot_do_and_says_why(self):
         desk = self.ready()
         for line, text in (("expect lamp off", "for scenarios"), ("conector charging", "connector"),
-                           ("start daemon", "runs already"), ("thaw meter", "is not frozen"), ("", "line")):
+                           ("start daemon", "runs already"), ("thaw meter", "is not frozen"), ("repeat 2", "scenario"), ("", "line")):
             done = desk.step(line)
             self.assertFalse(done["ok"], line)
             self.assertIn(text, done["text"])
+        for message in ({"type": 7}, {"type": "step", "line": [5]}, {"type": "play", "scenario": {}}):
+            desk.socket.send(json.dumps({**message, "id": "odd"}))
+            self.assertFalse(desk.done("odd")["ok"])
+            desk.messages.clear()
         self.assertIn("no scenario", desk.done(desk.ask("play", scenario="../story"))["text"])
         onlooker = desk.connect(token="wrong")
         self.addCleanup(onlooker.close)

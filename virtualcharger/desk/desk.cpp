@@ -79,7 +79,10 @@ void CDesk::Turn() {
   std::erase_if(mSteps, [this](SUnderWay& step) { return !GoOn(step); });
   for (const auto& letter : mInbox->Take()) Read(letter);
   if (mFiles.Take().contains(mStoreFolder)) {
-    mStore = ReadStorePicture(mBench.Processes().Root().Store());
+    auto store = ReadStorePicture(mBench.Processes().Root().Store());
+    // As for the daemon the last good values stay.
+    if (!store.error.empty()) store.settings = mStore.settings;
+    mStore = std::move(store);
   }
   const auto now = std::chrono::steady_clock::now();
   if (now - mPublished < kInterval) return;

@@ -82,6 +82,9 @@ void CDesk::BeginStep(const CInbox::SLetter& letter) {
     const auto words = SplitWords(line.isString() ? line.asString() : "");
     if (words.empty()) throw CParseError("the message has no \"line\" with a step");
     const auto action = ParseStep(words);
+    if (words.front() == "repeat" || words.front() == "end") {
+      throw CStepFailure("only a scenario repeats steps: put them into one and play that");
+    }
     const auto now = std::chrono::steady_clock::now();
     mTimeline.AddStep(now, line.asString());
     mRecorder.Show(now, Shown());
