@@ -104,7 +104,7 @@ class Charger:
         channel, control = self.control()
         with channel:
             states = control.WatchState(EMPTY, timeout=GENEROUS, wait_for_ready=True)
-            control.Disable(EMPTY, timeout=GENEROUS)
+            control.Disable(EMPTY, timeout=GENEROUS, wait_for_ready=True)
             next(state for state in states if state.state == genericcontrol_pb2.EStateDisabled)
             control.Enable(EMPTY, timeout=GENEROUS)
             next(state for state in states if state.state == genericcontrol_pb2.EStateEnabled)

@@ -172,8 +172,9 @@ class DiagnosticsNotifications : public testing::Test {
     return mService->Notify(signal, ipc::MDiagnosticsNotificationType::EError);
   }
 
-  void Subscribe(const IDiagnostics::NotificationCallback& callback) {
-    mClient.emplace(mDirectory, [&](Host& host) {
+  // Until the end of what it returns.
+  [[nodiscard]] RunningHost Subscribe(const IDiagnostics::NotificationCallback& callback) {
+    return RunningHost(mDirectory, [&](Host& host) {
       mSubscribed = host.CreateClient<IDiagnostics>("Diagnostics")->GetInterface();
       mSubscribed->SetNotificationCallback(callback);
     });
@@ -184,12 +185,11 @@ class DiagnosticsNotifications : public testing::Test {
   RunningHost mServer{
       mDirectory, [this](Host& host) { host.AddService<IDiagnostics>("Diagnostics", mService); }};
   std::shared_ptr<IDiagnostics> mSubscribed;
-  std::optional<RunningHost> mClient;
 };
 
 TEST_F(DiagnosticsNotifications, CarryTheSubscribersReplyBack) {
   Arrivals<int> heard;
-  Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
+  const auto subscriber = Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
     heard.Add(signal.identifier());
     ipc::MResult result;
     result.set_result(signal.identifier() == 1004 ? ipc::EResultIllegal : ipc::EResultOk);
@@ -207,7 +207,7 @@ TEST_F(DiagnosticsNotifications, TellANewSubscriberTheLastStateOfEachSignalInOrd
   Notify(Error(1003, true));
   Notify(Error(1004, false));
   Arrivals<std::pair<int, bool>> heard;
-  Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
+  const auto subscriber = Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
     heard.Add({signal.identifier(), signal.data(0).bool_value()});
     return ipc::MResult();
   });
@@ -218,7 +218,7 @@ TEST_F(DiagnosticsNotifications, TellANewSubscriberTheLastStateOfEachSignalInOrd
 
 TEST_F(DiagnosticsNotifications, ThatMakeNoSenseAreRefusedBeforeTheSubscriberSeesThem) {
   Arrivals<int> heard;
-  Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
+  const auto subscriber = Subscribe([&](const ipc::MDiagnosticsSignal& signal, const auto&) {
     heard.Add(signal.identifier());
     return ipc::MResult();
   });
