@@ -28,13 +28,14 @@ std::string MadeFile(std::string path) {
 }  // namespace
 
 CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const CLibrary& library,
-             const CDeskRegistry& registry)
+             const CDeskRegistry& registry, std::shared_ptr<CInbox> inbox)
     : mSettings(std::move(settings)),
       mBench(bench),
       mInterrupt(interrupt),
       mLibrary(library),
       mRegistry(registry),
       mClock(bench.Begin()),
+      mInbox(std::move(inbox)),
       mCharger(bench),
       mPlay(bench, interrupt),
       mTimeline(mClock),
@@ -51,8 +52,6 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
                                             std::int64_t number, const std::string& text) {
     if (kind == "message") mMessages.Take(peer, number, text);
   });
-  // Held by its own right: the hardware may call as long as it lives.
-  mBench.Hardware().SetListener([inbox = mInbox] { inbox->Wake(); });
 }
 
 void CDesk::Run() {

@@ -30,10 +30,10 @@ struct SDeskSettings {
 // Threads: one, but for the page's server.
 class CDesk {
  public:
-  // The hardware is there, or has failed to be. Throws std::runtime_error where the page cannot be
-  // served.
+  // The hardware is there, or has failed to be, and wakes the inbox. Throws std::runtime_error
+  // where the page cannot be served.
   CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const CLibrary& library,
-        const CDeskRegistry& registry);
+        const CDeskRegistry& registry, std::shared_ptr<CInbox> inbox);
 
   // As of the page's server.
   std::uint16_t Port() const { return mServer.Port(); }
@@ -85,7 +85,7 @@ class CDesk {
   const CLibrary& mLibrary;
   const CDeskRegistry& mRegistry;
   const CPageClock mClock;
-  const std::shared_ptr<CInbox> mInbox = std::make_shared<CInbox>();
+  const std::shared_ptr<CInbox> mInbox;
   CDeskCharger mCharger;
   CPlay mPlay;
   std::optional<SPlayRequest> mPlayRequest;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <memory>
 
 #include "platform/kvconfig/kvconfig.h"
 #include "virtualcharger/desk/desk.h"
@@ -40,9 +41,12 @@ void Live(const SRunOptions& options, CBench& bench, CInterrupt& interrupt) {
   auto registry = options.name.empty() ? CDeskRegistry() : CDeskRegistry(options.name);
   std::optional<CPageOpener> opener;
   if (options.openPage) opener.emplace();
+  const auto inbox = std::make_shared<CInbox>();
+  // Held by its own right: the hardware may call as long as it lives.
+  bench.Hardware().SetListener([inbox] { inbox->Wake(); });
   const auto remedy = bench.StartHardware().value_or("");
   const CLibrary library(std::filesystem::path(ThisProgram()).parent_path());
-  CDesk desk({registry.Name(), remedy, options.port}, bench, interrupt, library, registry);
+  CDesk desk({registry.Name(), remedy, options.port}, bench, interrupt, library, registry, inbox);
   registry.Announce(Entry(registry.Name(), desk, bench.Processes().Root()));
   Explain(desk, remedy);
   if (opener) opener->Open(desk.Url());
