@@ -14,6 +14,7 @@ namespace {
 constexpr auto kOpener = "xdg-open";
 
 bool HasDisplay() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): this process has one thread
   return std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
 }
 
@@ -22,7 +23,7 @@ bool HasDisplay() {
   setsid();
   sigset_t none;
   sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   std::array<char, 256> url{};
   const auto size = read(input, url.data(), url.size() - 1);
   const int nothing = open("/dev/null", O_RDWR);

@@ -109,7 +109,7 @@ std::optional<CCharger::SWaiting> CCharger::Waiting() const {
   return mAwaited ? std::optional(SWaiting{mAwaited->words, mAwaited->seen()}) : std::nullopt;
 }
 
-std::string CCharger::Await(Deed deed) {
+std::string CCharger::Await(const Deed& deed) {
   for (;;) {
     Look();
     if (const auto note = deed()) {

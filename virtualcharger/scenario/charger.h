@@ -98,7 +98,7 @@ class CCharger : public ICharger {
 
   void Begin();
   // At the deed's end, with its note.
-  std::string Await(Deed deed);
+  std::string Await(const Deed& deed);
   // False where the condition does not hold within the time.
   bool Await(const std::function<bool()>& condition, std::chrono::milliseconds limit);
   void Look();

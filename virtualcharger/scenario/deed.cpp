@@ -8,7 +8,8 @@ Deed Done(std::string note) {
   return [note = std::move(note)] { return std::optional(note); };
 }
 
-Deed Until(std::function<bool()> condition, std::chrono::milliseconds limit, std::string failure) {
+Deed Until(const std::function<bool()>& condition, std::chrono::milliseconds limit,
+           const std::string& failure) {
   const auto end = std::chrono::steady_clock::now() + limit;
   return [=]() -> std::optional<std::string> {
     // The time first: what holds at the limit is in time.

@@ -15,7 +15,8 @@ using Deed = std::function<std::optional<std::string>()>;
 Deed Done(std::string note = {});
 
 // Ends when the condition holds; fails with the text when the limit, counted from now, is over.
-Deed Until(std::function<bool()> condition, std::chrono::milliseconds limit, std::string failure);
+Deed Until(const std::function<bool()>& condition, std::chrono::milliseconds limit,
+           const std::string& failure);
 
 // The first one, and then what its note leads to.
 Deed Then(Deed first, std::function<Deed(const std::string& note)> next);
