@@ -87,7 +87,13 @@ void CChildProcess::Thaw() {
 
 std::optional<int> CChildProcess::Ended() {
   int status = 0;
-  if (!mStatus && waitpid(mPid, &status, WNOHANG) == mPid) mStatus = status;
+  while (!mStatus && waitpid(mPid, &status, WNOHANG | WUNTRACED | WCONTINUED) == mPid) {
+    if (WIFSTOPPED(status) || WIFCONTINUED(status)) {
+      mFrozen = WIFSTOPPED(status);  // maybe by somebody else
+    } else {
+      mStatus = status;
+    }
+  }
   return mStatus;
 }
 
