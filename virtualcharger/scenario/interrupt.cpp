@@ -10,6 +10,9 @@ CInterrupt::CInterrupt() {
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);
   sigaddset(&signals, SIGTERM);
+  struct sigaction hangUp {};
+  sigaction(SIGHUP, nullptr, &hangUp);
+  if (hangUp.sa_handler != SIG_IGN) sigaddset(&signals, SIGHUP);  // not under nohup
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   mDescriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }

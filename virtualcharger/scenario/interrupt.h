@@ -1,4 +1,4 @@
-// SIGINT and SIGTERM as something that can be looked at.
+// SIGINT, SIGTERM and SIGHUP as something that can be looked at.
 #pragma once
 
 #include <exception>
@@ -13,7 +13,7 @@ class CInterrupted : public std::exception {
   const int mSignal;
 };
 
-// Blocks both signals for the thread that creates it and all that it starts; they stay blocked.
+// Blocks the signals for the thread that creates it and all that it starts; they stay blocked.
 class CInterrupt {
  public:
   CInterrupt();
