@@ -48,10 +48,18 @@ void CChronicle::LookAtDaemon() {
 }
 
 void CChronicle::LookAtErrors() {
-  for (const auto& [identifier, last] : mBench.Processes().Signals()) {
+  const auto& signals = mBench.Processes().Signals();
+  for (const auto& [identifier, last] : signals) {
     if (identifier < kFirstError || identifier > kLastWarning) continue;
     mTimeline.SetError(identifier, last.time, last.value == "true");
+    mErrors.insert(identifier);
   }
+  // A charger that begins anew knows nothing of them.
+  std::erase_if(mErrors, [&](int identifier) {
+    if (signals.contains(identifier)) return false;
+    mTimeline.SetError(identifier, std::chrono::steady_clock::now(), false);
+    return true;
+  });
 }
 
 void CChronicle::LookAtTones() {

@@ -1,6 +1,8 @@
 // Puts what the bench shows into the timeline, and tells the tones one by one.
 #pragma once
 
+#include <set>
+
 #include "virtualcharger/desk/timeline.h"
 #include "virtualcharger/scenario/bench.h"
 
@@ -25,6 +27,7 @@ class CChronicle {
   const CBench& mBench;
   const CPageClock& mClock;
   CTimeline& mTimeline;
+  std::set<int> mErrors;   // that diagnostics has told of
   std::size_t mTones = 0;  // that were looked at
   std::vector<Json::Value> mNewTones;
 };
