@@ -70,7 +70,8 @@ Json::Value CPlay::State() const {
   }
   const auto waiting = mCharger == nullptr ? std::nullopt : mCharger->Waiting();
   state["waiting"] = waiting ? fmt::format("{}: seen {}", waiting->awaited, waiting->seen) : "";
-  state["failed"] = mFailure;
+  state["failed"] = mStopped ? "" : mFailure;
+  state["stopped"] = mStopped;
   state["done"] = !mScenario.empty() && !IsPlaying();
   return state;
 }

@@ -28,6 +28,7 @@ function player(desk) {
       play.disabled = playing;
       stop.disabled = !playing;
       setText(progress, now.failed ? `✗ ${now.scenario}:${now.line}: ${now.failed}`
+        : now.stopped ? `stopped in ${now.scenario}:${now.line}`
         : playing ? `${now.scenario}:${now.line}  ${now.text}`
         : now.scenario ? `✓ ${now.scenario} came out as expected` : "");
       progress.classList.toggle("problem", now.failed !== "");
