@@ -28,8 +28,12 @@ std::string Failure(const std::string& what, int error = errno) {
 std::optional<std::string> CheckFuse() {
   const int device = open("/dev/fuse", O_RDWR | O_CLOEXEC);
   if (device >= 0) {
+    struct stat file {};
+    const bool isDevice = fstat(device, &file) == 0 && S_ISCHR(file.st_mode);
     close(device);
-    return std::nullopt;
+    if (isDevice) return std::nullopt;
+    return "/dev/fuse is no device here; make it with 'mknod /dev/fuse c 10 229', or start the "
+           "container with --device /dev/fuse";
   }
   const auto failure = Failure("cannot open /dev/fuse");
   if (errno == EACCES || errno == EPERM) {
