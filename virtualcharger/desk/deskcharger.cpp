@@ -9,6 +9,11 @@ namespace {
       "this step waits or looks, which is for scenarios: put it into one and play that");
 }
 
+void CheckHardware(const CBench& bench) {
+  if (bench.HasHardware()) return;
+  throw CStepFailure("nothing would come of it: this machine gives no virtual hardware");
+}
+
 }  // namespace
 
 Deed CDeskCharger::Do(const StepAction& step) {
@@ -36,6 +41,7 @@ std::string CDeskCharger::SetError(int identifier, bool on) {
 }
 
 void CDeskCharger::SetLight(double lux) {
+  CheckHardware(mBench);
   mBench.SetLight(lux);
 }
 
@@ -57,10 +63,12 @@ void CDeskCharger::Control(EProcessAction action, const std::string& process) {
 
 void CDeskCharger::SetFault(const std::string& device, const std::string& attribute,
                             const SFault& fault) {
+  CheckHardware(mBench);
   mBench.SetFault(device, attribute, fault);
 }
 
 void CDeskCharger::Heal() {
+  CheckHardware(mBench);
   mBench.Heal();
 }
 

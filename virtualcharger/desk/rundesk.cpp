@@ -28,12 +28,12 @@ SRunningCharger Entry(const std::string& name, const CDesk& desk, CPrivateRoot& 
   return charger;
 }
 
-void Explain(const CDesk& desk, const std::string& remedy) {
+void Explain(const std::string& name, const CDesk& desk, const std::string& remedy) {
   if (!remedy.empty()) fmt::print("No virtual hardware: {}\n", remedy);
   fmt::print(
-      "The charger runs: {}\n"
+      "The charger \"{}\" runs: {}\n"
       "Ctrl-C ends it. A story without a page: ./run --story\n",
-      desk.Url());
+      name, desk.Url());
   std::fflush(stdout);
 }
 
@@ -48,7 +48,7 @@ void Live(const SRunOptions& options, CBench& bench, CInterrupt& interrupt) {
   const CLibrary library(std::filesystem::path(ThisProgram()).parent_path());
   CDesk desk({registry.Name(), remedy, options.port}, bench, interrupt, library, registry, inbox);
   registry.Announce(Entry(registry.Name(), desk, bench.Processes().Root()));
-  Explain(desk, remedy);
+  Explain(registry.Name(), desk, remedy);
   if (opener) opener->Open(desk.Url());
   desk.Run();
 }

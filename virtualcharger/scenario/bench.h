@@ -53,6 +53,7 @@ class CBench {
   // Returns the error's text; everything but the hardware works then, too. Called while the process
   // has one thread.
   [[nodiscard]] std::optional<std::string> StartHardware();
+  bool HasHardware() const { return !mReported; }
   // With no process running: store, light and lamp as they are at the beginning.
   void Renew();
 
