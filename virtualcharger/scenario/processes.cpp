@@ -41,6 +41,11 @@ void CProcesses::Look() {
   }
   for (auto& [name, process] : mProcesses) {
     CheckEnd(name, process);
+    const auto* child = Child(process);
+    if (child != nullptr && child->IsFrozen() != process.status.frozen) {
+      process.status.frozen = child->IsFrozen();
+      process.status.since = Clock::now();
+    }
     if (process.status.state != EProcessState::Starting) continue;
     const bool ready = name == kDaemon ? AllPeers([this](const auto& peer, const auto& each) {
       return each.status.frozen || HasFoundDaemon(peer, each);
