@@ -1,6 +1,9 @@
 #include "virtualcharger/scenario/privateroot.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -10,10 +13,13 @@
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace {
 
 constexpr auto kPattern = "/charger-XXXXXX";
+constexpr auto kPrefix = "charger-";
+constexpr auto kLock = "/lock";
 constexpr auto kLongestSocket = "/run/FeedbackGenCtrl.lock";
 
 constexpr auto kStore = R"({{
@@ -33,11 +39,33 @@ bool IsUsable(const std::string& folder) {
   return longest.size() < sizeof(sockaddr_un::sun_path) && access(folder.c_str(), W_OK) == 0;
 }
 
+// Nothing where there is no such file or another run holds it.
+CDescriptor Lock(const std::string& path, int flags) {
+  CDescriptor file(open(path.c_str(), flags | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600));
+  return file && flock(file.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(file) : CDescriptor();
+}
+
+void RemoveLeftovers(const std::string& parent) {
+  std::error_code ignored;  // the next run tries again
+  for (const auto& entry : std::filesystem::directory_iterator(parent, ignored)) {
+    const auto& path = entry.path();
+    struct stat folder {};
+    if (!path.filename().string().starts_with(kPrefix) || lstat(path.c_str(), &folder) != 0 ||
+        !S_ISDIR(folder.st_mode) || folder.st_uid != geteuid()) {
+      continue;
+    }
+    if (const auto lock = Lock(path.string() + kLock, 0)) {
+      std::filesystem::remove_all(path, ignored);
+    }
+  }
+}
+
 }  // namespace
 
 CPrivateRoot::CPrivateRoot() {
   const char* runtime = std::getenv("XDG_RUNTIME_DIR");
   mPath = runtime != nullptr && *runtime == '/' && IsUsable(runtime) ? runtime : "/tmp";
+  RemoveLeftovers(mPath);
   mPath += kPattern;
   if (mkdtemp(mPath.data()) == nullptr) {
     throw std::runtime_error(
@@ -45,6 +73,17 @@ CPrivateRoot::CPrivateRoot() {
   }
   std::filesystem::create_directory(mPath + "/etc");
   WriteStore();
+  // Under its name only when it is held: a run that begins now must not take it for a leftover.
+  const auto lock = mPath + kLock;
+  mLock = Lock(lock + ".new", O_CREAT | O_EXCL);
+  if (!mLock || rename((lock + ".new").c_str(), lock.c_str()) != 0) {
+    throw std::runtime_error("cannot lock " + lock);
+  }
+}
+
+void CPrivateRoot::Keep() {
+  mKeep = true;
+  std::filesystem::remove(mPath + kLock);
 }
 
 void CPrivateRoot::WriteStore() const {

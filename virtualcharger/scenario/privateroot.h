@@ -3,9 +3,12 @@
 
 #include <string>
 
+#include "platform/os/descriptor.h"
+
 class CPrivateRoot {
  public:
-  // A new folder under $XDG_RUNTIME_DIR or /tmp, with the store in it. Throws std::runtime_error.
+  // A new folder under $XDG_RUNTIME_DIR or /tmp, with the store in it. Removes what runs of this
+  // user that were killed have left there. Throws std::runtime_error.
   CPrivateRoot();
   CPrivateRoot(const CPrivateRoot&) = delete;
   CPrivateRoot& operator=(const CPrivateRoot&) = delete;
@@ -16,7 +19,8 @@ class CPrivateRoot {
   // The store as it is at the beginning. Throws std::runtime_error.
   void WriteStore() const;
 
-  void Keep() { mKeep = true; }
+  // Also when the next runs look for leftovers.
+  void Keep();
 
   // Without a slash at the end.
   const std::string& Path() const { return mPath; }
@@ -27,5 +31,6 @@ class CPrivateRoot {
 
  private:
   std::string mPath;
+  CDescriptor mLock;  // of a file in it: held as long as this run lives
   bool mKeep = false;
 };

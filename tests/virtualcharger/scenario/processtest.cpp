@@ -1,23 +1,16 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <thread>
 
-#include "platform/rpc/communicationconfig.h"
 #include "virtualcharger/scenario/childprocess.h"
 #include "virtualcharger/scenario/peerlink.h"
-#include "virtualcharger/scenario/privateroot.h"
 
 namespace {
-
-using testing::HasSubstr;
 
 constexpr auto kGenerous = std::chrono::seconds(20);
 
@@ -57,6 +50,14 @@ TEST(AChildProcess, StandsStillWhileItIsFrozen) {
   EXPECT_TRUE(Eventually([&] { return child.Ended().has_value(); }));
 }
 
+TEST(AChildProcess, IsSeenToBeFrozenAndThawedBySomebodyElse) {
+  CChildProcess child(Shell("kill -STOP $$; exec sleep 1000"),
+                      {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO});
+  EXPECT_TRUE(Eventually([&] { return !child.Ended() && child.IsFrozen(); }));
+  child.Signal(SIGCONT);
+  EXPECT_TRUE(Eventually([&] { return !child.Ended() && !child.IsFrozen(); }));
+}
+
 TEST(AChildProcess, InheritsNeitherDescriptorsNorBlockedSignals) {
   const int open = ::open("/dev/null", O_RDONLY);
   sigset_t signals;
@@ -93,41 +94,6 @@ TEST(APeerLink, UnderstandsWhatThePeerTells) {
   const auto last = link->Send("connector 6");
   link.reset();
   EXPECT_TRUE(last->lost);
-}
-
-TEST(APrivateRoot, HoldsAStoreThatPutsTheSocketsIntoIt) {
-  std::string path;
-  {
-    CPrivateRoot root;
-    path = root.Path();
-    EXPECT_EQ(Rpc::ReadCommunicationConfig(root.Store()).socketDirectory, path + "/run");
-    struct stat status {};
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0700U);
-  }
-  EXPECT_FALSE(std::filesystem::exists(path));
-}
-
-TEST(APrivateRoot, StaysWhereItIsToBeKept) {
-  std::string path;
-  {
-    CPrivateRoot root;
-    root.Keep();
-    path = root.Path();
-  }
-  EXPECT_TRUE(std::filesystem::exists(path));
-  std::filesystem::remove_all(path);
-}
-
-TEST(APrivateRoot, KeepsSocketPathsShortWhereTheUsersOwnFolderIsDeep) {
-  const char* before = std::getenv("XDG_RUNTIME_DIR");
-  const std::string kept = before == nullptr ? "" : before;
-  const auto deep = std::filesystem::temp_directory_path() / std::string(90, 'd');
-  std::filesystem::create_directories(deep);
-  setenv("XDG_RUNTIME_DIR", deep.c_str(), 1);
-  EXPECT_THAT(CPrivateRoot().Path(), testing::StartsWith("/tmp/charger-"));
-  before == nullptr ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", kept.c_str(), 1);
-  std::filesystem::remove(deep);
 }
 
 }  // namespace
