@@ -1,5 +1,6 @@
 // What the connector promises when several threads use it, and after any history.
 #include <functional>
+#include <future>
 #include <random>
 #include <thread>
 
@@ -164,13 +165,16 @@ TEST_F(ABusyConnector, GivesAnEventItsWholeTimeThatBeginsAsTheOneBeforeEnds) {
 TEST_F(ABusyConnector, EndsOnlyAfterTheWorkerHasLeftIt) {
   mConnector->ShowEvent(EConnectorEvent::EIdentify, 1000ms);
   bool listens = true;
+  std::promise<void> begun;
   mHistory->OnAdd([&] {
     mHistory->OnAdd({});
+    begun.set_value();
     listens = !mSessions->WaitUntilNobodyListens();
   });
   mWorker->Sync();
   std::thread time([this] { mClock->Advance(1000ms); });
   time.join();
+  begun.get_future().wait();
   mConnector.reset();
   EXPECT_FALSE(listens);
   EXPECT_EQ(Lamp(), "Yellow/On");
