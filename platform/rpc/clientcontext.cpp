@@ -61,6 +61,9 @@ void CClientContext::Stop() {
   for (const auto& stop : stops) {
     stop();
   }
+  for (const auto& [name, channel] : channels) {
+    channel->Callbacks()->AwaitNone();
+  }
 }
 
 }  // namespace Rpc

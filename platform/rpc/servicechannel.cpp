@@ -111,6 +111,7 @@ void CServiceChannel::StartProbe() {
 }
 
 void CServiceChannel::OnProbed(const grpc::Status& status) {
+  const CCallbackCount::CInside inside(mCallbacks);
   std::unique_ptr<grpc::ClientContext> ended;  // outlives the lock: its end takes gRPC's own locks
   const std::lock_guard lock(mMutex);
   ended = std::move(mProbeContext);

@@ -21,6 +21,8 @@
 #include <set>
 #include <string>
 
+#include "platform/rpc/callbackcount.h"
+
 namespace Rpc {
 
 // Threads: everything may be called from any thread; Stop not from one of gRPC's own.
@@ -44,6 +46,9 @@ class CServiceChannel {
   // Ends the calls under way and fails all later ones.
   void Stop();
 
+  // For those who let gRPC call back. Awaited when everything that calls back has been stopped.
+  const std::shared_ptr<CCallbackCount>& Callbacks() const { return mCallbacks; }
+
  private:
   void Probe(bool hangs);
   void StartProbe();
@@ -52,6 +57,7 @@ class CServiceChannel {
 
   const std::string mName;
   const std::shared_ptr<grpc::Channel> mChannel;
+  const std::shared_ptr<CCallbackCount> mCallbacks = std::make_shared<CCallbackCount>();
   grpc::GenericStub mProbeStub;
   std::atomic<std::chrono::milliseconds> mTimeLimit{std::chrono::seconds(2)};
 

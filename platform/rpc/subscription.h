@@ -123,7 +123,10 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
       }
     }
 
-    void OnDone(const grpc::Status& status) override { mOwner->OnStreamDone(status, mStoodSince); }
+    void OnDone(const grpc::Status& status) override {
+      const CCallbackCount::CInside inside(mOwner->mChannel->Callbacks());
+      mOwner->OnStreamDone(status, mStoodSince);
+    }
 
    private:
     void Handle() {
@@ -205,7 +208,8 @@ class CSubscription : public std::enable_shared_from_this<CSubscription<Request,
     mAlarm.emplace();
     mAlarm->Set(std::chrono::system_clock::now() + (mRefused ? kPauseAfterRefusal : kPause),
                 // The alarm keeps this even after it has gone off.
-                [weak = this->weak_from_this()](bool) {
+                [weak = this->weak_from_this(), callbacks = mChannel->Callbacks()](bool) {
+                  const CCallbackCount::CInside inside(callbacks);
                   if (const auto self = weak.lock()) {
                     self->OnAlarm();
                   }
