@@ -7,6 +7,7 @@
 #include <grpcpp/server_posix.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <future>
 #include <mutex>
 #include <utility>
@@ -34,10 +35,14 @@ constexpr auto kStopGrace = 100ms;
 constexpr int kIdleMilliseconds = 5'000;
 
 // When its last object has gone, gRPC clears up on a thread of its own, which nobody waits for and
-// which would still run while the end of the process takes away what it uses. This reference stays.
+// which would still run while the end of the process takes away what it uses. This reference goes
+// last, and its end is waited for.
 void KeepGrpcUntilTheEnd() {
   static std::once_flag once;
-  std::call_once(once, grpc_init);
+  std::call_once(once, [] {
+    grpc_init();
+    std::atexit(grpc_shutdown_blocking);
+  });
 }
 
 template <typename Interface>
