@@ -100,9 +100,10 @@ void CRecorder::Write(SValue& value, const std::string& step, bool when) {
 }
 
 void CRecorder::WriteLamp(TimePoint now, bool last) {
-  // No scenario has a word for mixed light.
+  // No scenario has a word for mixed light, and a dark moment is the way from one light to another.
+  const bool stays = now - mLamp.since >= kLampStays;
   Write(
       mLamp, "expect lamp",
-      (last || now - mLamp.since >= kLampStays) && mLamp.shown.find("mixed") == std::string::npos);
+      (stays || (last && mLamp.shown != "off")) && mLamp.shown.find("mixed") == std::string::npos);
   Write(mDisplay, "expect display", now - mDisplay.since >= kDisplayStays);
 }

@@ -37,6 +37,9 @@ TEST_F(ARecorder, ExpectsWhatTheChargerShowedAfterEachStep) {
   Do("set HmiLedIntensityManual 40");
   mShown.display = 40;
   Pass(2s);
+  Do("connector authorized");
+  mShown.lamp = "off";  // where the next step comes at once
+  Pass(50ms);
   Do("disable");
   mShown = {"yellow on", "disabled", 40, 3};
   Pass(100ms);
@@ -48,6 +51,7 @@ TEST_F(ARecorder, ExpectsWhatTheChargerShowedAfterEachStep) {
             "connector charging\nexpect lamp blue pulsating\n"
             "card swiped\nexpect beep\n"
             "set HmiLedIntensityManual 40\nexpect display 40\n"
+            "connector authorized\n"
             "disable\nexpect state disabled\nexpect lamp yellow on\n");
 }
 
