@@ -36,7 +36,6 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mRegistry(registry),
       mClock(bench.Begin()),
       mInbox(std::move(inbox)),
-      mCharger(bench),
       mPlay(bench, interrupt),
       mTimeline(mClock),
       mChronicle(bench, mClock, mTimeline),

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "virtualcharger/desk/chronicle.h"
-#include "virtualcharger/desk/deskcharger.h"
 #include "virtualcharger/desk/filenotice.h"
 #include "virtualcharger/desk/inbox.h"
 #include "virtualcharger/desk/lampmessage.h"
@@ -86,7 +85,6 @@ class CDesk {
   const CDeskRegistry& mRegistry;
   const CPageClock mClock;
   const std::shared_ptr<CInbox> mInbox;
-  CDeskCharger mCharger;
   CPlay mPlay;
   std::optional<SPlayRequest> mPlayRequest;
   CTimeline mTimeline;

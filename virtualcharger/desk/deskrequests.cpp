@@ -85,11 +85,16 @@ void CDesk::BeginStep(const CInbox::SLetter& letter) {
     if (words.front() == "repeat" || words.front() == "end") {
       throw CStepFailure("only a scenario repeats steps: put them into one and play that");
     }
+    const auto* change = std::get_if<Change>(&action);
     const auto now = std::chrono::steady_clock::now();
     mTimeline.AddStep(now, line.asString());
     mRecorder.Show(now, Shown());
     if (mRecorder.IsOn()) step.recorded = mRecorder.Step(now, line.asString());
-    step.deed = mCharger.Do(action);
+    if (change == nullptr) {
+      throw CStepFailure(
+          "this step waits or looks, which is for scenarios: put it into one and play that");
+    }
+    step.deed = (*change)(mBench);
   } catch (const std::exception& error) {
     Tell(step, false, error.what());
     return;

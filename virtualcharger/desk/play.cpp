@@ -49,7 +49,7 @@ void CPlay::Play(const CLibrary::SEntry& entry, const std::function<void()>& wat
 
 void CPlay::DoSteps(const SScenario& scenario, CCharger& charger,
                     const std::function<void(const std::string& step)>& tell) {
-  CPlayer player(scenario, charger);
+  CPlayer player(scenario, [&](const StepAction& action) { return charger.Do(action); });
   const auto shownPlayer = Shown<CPlayer>(mPlayer, player);
   while (const auto* step = player.Step()) {
     mLine = step->line;

@@ -164,21 +164,28 @@ Deed CBench::Control(EProcessAction action, const std::string& process) {
   });
 }
 
-void CBench::SetLight(double lux) {
+Deed CBench::SetLight(double lux) {
+  CheckHardware();
   mHardware.Sensor().SetLux(lux);
+  return Done();
 }
 
-void CBench::SetStored(const std::string& key, const Json::Value& value) {
+Deed CBench::SetStored(const std::string& key, const Json::Value& value) {
   KvConfig::Write(StoreSection(key), key, value);
+  return Done();
 }
 
-void CBench::SetFault(const std::string& device, const std::string& attribute,
+Deed CBench::SetFault(const std::string& device, const std::string& attribute,
                       const SFault& fault) {
+  CheckHardware();
   mHardware.Faults().Set(DevicePath(device), attribute, fault);
+  return Done();
 }
 
-void CBench::Heal() {
+Deed CBench::Heal() {
+  CheckHardware();
   mHardware.Faults().ClearAll();
+  return Done();
 }
 
 Deed CBench::Ask(const std::string& question, bool accepted) {
@@ -200,6 +207,11 @@ Deed CBench::Tell(const std::string& peer, const std::string& command) {
     }
     return Done(Note(peer, outcome));
   });
+}
+
+void CBench::CheckHardware() const {
+  if (HasHardware()) return;
+  throw CStepFailure("nothing would come of it: this machine gives no virtual hardware");
 }
 
 void CBench::CheckSilence() const {

@@ -11,8 +11,7 @@
 #include <string_view>
 
 #include "virtualcharger/hardware/chargerhardware.h"
-#include "virtualcharger/scenario/deed.h"
-#include "virtualcharger/scenario/icharger.h"
+#include "virtualcharger/scenario/ibench.h"
 #include "virtualcharger/scenario/processes.h"
 #include "virtualcharger/scenario/reportedhardware.h"
 
@@ -38,7 +37,7 @@ struct SSeen {
 // What cannot be begun throws CStepFailure.
 //
 // Threads: one.
-class CBench {
+class CBench : public IBench {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
 
@@ -65,23 +64,21 @@ class CBench {
   const SSeen& Brightness() const { return mBrightness; }
 
   Deed Stop();
-  // What the board controller asks ends when the verdict is the expected one and, where a request
-  // was accepted, the daemon has reported the state that it led to.
-  Deed Request(ERequest request, bool accepted);
-  Deed Trigger(int event, bool accepted);
   // Ends when what has begun in the daemon has ended: it takes one event after the other.
   Deed Settle();
-  // Both end when all subscribers have replied; the note tells where that was not so.
-  Deed SetConnector(int state);
-  Deed SetError(int identifier, bool on);
-  Deed SetMeter(bool accepts);
-  Deed SetLogLevel(Log::ELogLevel level);
-  Deed Control(EProcessAction action, const std::string& process);
-  void SetLight(double lux);
-  // Null takes the key out of the store.
-  void SetStored(const std::string& key, const Json::Value& value);
-  void SetFault(const std::string& device, const std::string& attribute, const SFault& fault);
-  void Heal();
+
+  Deed Request(ERequest request, bool accepted) override;
+  Deed Trigger(int event, bool accepted) override;
+  Deed SetConnector(int state) override;
+  Deed SetError(int identifier, bool on) override;
+  Deed SetLight(double lux) override;
+  Deed SetStored(const std::string& key, const Json::Value& value) override;
+  Deed SetMeter(bool accepts) override;
+  Deed SetLogLevel(Log::ELogLevel level) override;
+  Deed Control(EProcessAction action, const std::string& process) override;
+  Deed SetFault(const std::string& device, const std::string& attribute,
+                const SFault& fault) override;
+  Deed Heal() override;
 
   // By the peer: what it told last, where not all subscribers have replied to it.
   const std::map<std::string, std::string>& Unanswered() const { return mUnanswered; }
@@ -89,6 +86,7 @@ class CBench {
  private:
   Deed Ask(const std::string& question, bool accepted);
   Deed Tell(const std::string& peer, const std::string& command);
+  void CheckHardware() const;
   void CheckSilence() const;
   void SpareTheConsole();
 

@@ -32,10 +32,7 @@ bool ParseAccepted(CArguments& arguments) {
 
 StepAction ParseTrigger(CArguments& arguments, int event) {
   const bool accepted = ParseAccepted(arguments);
-  return [=](ICharger& charger) {
-    charger.Trigger(event, accepted);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.Trigger(event, accepted); };
 }
 
 std::string ParseKey(CArguments& arguments) {
@@ -59,10 +56,7 @@ std::string ParsePlace(CArguments& arguments, std::string_view expected,
 template <ERequest Asked>
 StepAction ParseRequest(CArguments& arguments) {
   const bool accepted = ParseAccepted(arguments);
-  return [=](ICharger& charger) {
-    charger.Request(Asked, accepted);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.Request(Asked, accepted); };
 }
 
 StepAction ParseCard(CArguments& arguments) {
@@ -83,7 +77,7 @@ StepAction ParseConnector(CArguments& arguments) {
                         ? arguments.Number("a connector state", 0, 1'000'000)
                         : states.numbers[arguments.Choice("a connector state", states.names)];
   arguments.End();
-  return [=](ICharger& charger) { return charger.SetConnector(state); };
+  return [=](IBench& bench) { return bench.SetConnector(state); };
 }
 
 StepAction ParseError(CArguments& arguments) {
@@ -93,72 +87,51 @@ StepAction ParseError(CArguments& arguments) {
                              : errors.numbers[arguments.Choice("an error", errors.names)];
   const bool on = arguments.Choice("\"on\" or \"off\"", {"on", "off"}) == 0;
   arguments.End();
-  return [=](ICharger& charger) { return charger.SetError(identifier, on); };
+  return [=](IBench& bench) { return bench.SetError(identifier, on); };
 }
 
 StepAction ParseLight(CArguments& arguments) {
   const double lux = arguments.Decimal("an illuminance in lux", 0, kBrightest);
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetLight(lux);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetLight(lux); };
 }
 
 StepAction ParseSet(CArguments& arguments) {
   const auto key = ParseKey(arguments);
   const auto value = ValueOf(arguments.Word("the new value"));
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetStored(key, value);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetStored(key, value); };
 }
 
 StepAction ParseUnset(CArguments& arguments) {
   const auto key = ParseKey(arguments);
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetStored(key, Json::Value());
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetStored(key, Json::Value()); };
 }
 
 StepAction ParseMeter(CArguments& arguments) {
   const bool accepts = arguments.Choice("\"accepts\" or \"refuses\"", {"accepts", "refuses"}) == 0;
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetMeter(accepts);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetMeter(accepts); };
 }
 
 StepAction ParseLogLevel(CArguments& arguments) {
   const auto level = static_cast<Log::ELogLevel>(arguments.Choice("a level", LogLevels()));
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetLogLevel(level);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetLogLevel(level); };
 }
 
 template <EProcessAction Action>
 StepAction ParseControl(CArguments& arguments) {
   const auto process = ProcessNames()[arguments.Choice("a process", ProcessNames())];
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.Control(Action, process);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.Control(Action, process); };
 }
 
 StepAction ParseInterrupt(CArguments& arguments) {
   arguments.Choice("the daemon", {"daemon"});
   arguments.End();
-  return [](ICharger& charger) {
-    charger.Control(EProcessAction::Stop, "daemon");
-    return std::string();
-  };
+  return [](IBench& bench) { return bench.Control(EProcessAction::Stop, "daemon"); };
 }
 
 StepAction ParseFault(CArguments& arguments) {
@@ -175,18 +148,12 @@ StepAction ParseFault(CArguments& arguments) {
     fault.writes = static_cast<unsigned>(arguments.Number("a number of writes", 1, 1'000'000));
   }
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.SetFault(device, attribute, fault);
-    return std::string();
-  };
+  return [=](IBench& bench) { return bench.SetFault(device, attribute, fault); };
 }
 
 StepAction ParseHeal(CArguments& arguments) {
   arguments.End();
-  return [](ICharger& charger) {
-    charger.Heal();
-    return std::string();
-  };
+  return [](IBench& bench) { return bench.Heal(); };
 }
 
 template StepAction ParseRequest<ERequest::Disable>(CArguments& arguments);

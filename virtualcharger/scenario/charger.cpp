@@ -37,44 +37,11 @@ void CCharger::Renew() {
   Begin();
 }
 
-void CCharger::Request(ERequest request, bool accepted) {
-  BeginChange();
-  Await(mBench.Request(request, accepted));
-}
-
-void CCharger::Trigger(int event, bool accepted) {
-  BeginChange();
-  Await(mBench.Trigger(event, accepted));
-}
-
-std::string CCharger::SetConnector(int state) {
-  BeginChange();
-  return Await(mBench.SetConnector(state));
-}
-
-std::string CCharger::SetError(int identifier, bool on) {
-  BeginChange();
-  return Await(mBench.SetError(identifier, on));
-}
-
-void CCharger::SetLight(double lux) {
-  BeginChange();
-  mBench.SetLight(lux);
-}
-
-void CCharger::SetStored(const std::string& key, const Json::Value& value) {
-  BeginChange();
-  mBench.SetStored(key, value);
-}
-
-void CCharger::SetMeter(bool accepts) {
-  BeginChange();
-  Await(mBench.SetMeter(accepts));
-}
-
-void CCharger::SetLogLevel(Log::ELogLevel level) {
-  BeginChange();
-  Await(mBench.SetLogLevel(level));
+std::string CCharger::Do(const StepAction& step) {
+  if (const auto* look = std::get_if<Observation>(&step)) return (*look)(*this);
+  mBench.Look();
+  mChangeBegin = std::chrono::steady_clock::now();
+  return Await(std::get<Change>(step)(mBench));
 }
 
 void CCharger::Mark() {
@@ -83,22 +50,6 @@ void CCharger::Mark() {
   mReportMark = mBench.Processes().StateReports().size();
   mBench.Processes().DaemonLog().Read(false);
   mBench.Processes().DaemonLog().ForgetAll();
-}
-
-void CCharger::Control(EProcessAction action, const std::string& process) {
-  BeginChange();
-  Await(mBench.Control(action, process));
-}
-
-void CCharger::SetFault(const std::string& device, const std::string& attribute,
-                        const SFault& fault) {
-  BeginChange();
-  mBench.SetFault(device, attribute, fault);
-}
-
-void CCharger::Heal() {
-  BeginChange();
-  mBench.Heal();
 }
 
 void CCharger::Wait(std::chrono::milliseconds time) {
@@ -143,9 +94,4 @@ void CCharger::Pause() {
   auto inputs = mBench.Processes().Inputs();
   inputs.push_back({mInterrupt.Descriptor(), POLLIN, 0});
   poll(inputs.data(), inputs.size(), static_cast<int>(kGlance.count()));
-}
-
-void CCharger::BeginChange() {
-  mBench.Look();
-  mChangeBegin = std::chrono::steady_clock::now();
 }

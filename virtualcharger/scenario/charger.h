@@ -8,8 +8,8 @@
 #include <string>
 
 #include "virtualcharger/scenario/bench.h"
-#include "virtualcharger/scenario/icharger.h"
 #include "virtualcharger/scenario/interrupt.h"
+#include "virtualcharger/scenario/steptable.h"
 
 // This machine cannot run the hardware; the text tells the remedy.
 class CCannotRun : public std::runtime_error {
@@ -20,7 +20,7 @@ class CCannotRun : public std::runtime_error {
 // While it waits, a process that ends by itself is a failure, and CInterrupted is thrown.
 //
 // Threads: one.
-class CCharger : public ICharger {
+class CCharger : private IObserver {
  public:
   // What a step is waiting for now, for people.
   struct SWaiting {
@@ -44,38 +44,8 @@ class CCharger : public ICharger {
   // Called every few ms while a step waits for anything.
   void SetWatcher(std::function<void()> watcher) { mWatcher = std::move(watcher); }
 
-  void Request(ERequest request, bool accepted) override;
-  void Trigger(int event, bool accepted) override;
-  std::string SetConnector(int state) override;
-  std::string SetError(int identifier, bool on) override;
-  void SetLight(double lux) override;
-  void SetStored(const std::string& key, const Json::Value& value) override;
-  void SetMeter(bool accepts) override;
-  void SetLogLevel(Log::ELogLevel level) override;
-  void ExpectState(int state, Limit within) override;
-  void ExpectAlive() override;
-  void ExpectLamp(const SLamp& lamp, Limit within) override;
-  void ExpectBrightness(int percent, Limit within) override;
-  void ExpectDisplay(int percent, Limit within) override;
-  void ExpectSignal(int identifier, const std::string& text, Limit within) override;
-  void ExpectAttribute(const std::string& device, const std::string& attribute,
-                       const std::string& text) override;
-  void ExpectReport(int state) override;
-  void ExpectNoReport() override;
-  void ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
-                 Limit within) override;
-  void ExpectNoLog(Log::ELogLevel level, const std::string& text) override;
-  std::string ExpectBeep(const SBeepBounds& bounds) override;
-  void ExpectNoBeep() override;
-  void ExpectWrite(const std::string& channel, const std::string& attribute,
-                   const std::string& text) override;
-  void ExpectNoWrite() override;
-  void Mark() override;
-  void Control(EProcessAction action, const std::string& process) override;
-  void SetFault(const std::string& device, const std::string& attribute,
-                const SFault& fault) override;
-  void Heal() override;
-  void Wait(std::chrono::milliseconds time) override;
+  // Returns the step's note. Throws CStepFailure.
+  std::string Do(const StepAction& step);
 
  private:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -96,6 +66,27 @@ class CCharger : public ICharger {
     std::chrono::milliseconds Rest() const;
   };
 
+  void ExpectState(int state, Limit within) override;
+  void ExpectAlive() override;
+  void ExpectLamp(const SLamp& lamp, Limit within) override;
+  void ExpectBrightness(int percent, Limit within) override;
+  void ExpectDisplay(int percent, Limit within) override;
+  void ExpectSignal(int identifier, const std::string& text, Limit within) override;
+  void ExpectAttribute(const std::string& device, const std::string& attribute,
+                       const std::string& text) override;
+  void ExpectReport(int state) override;
+  void ExpectNoReport() override;
+  void ExpectLog(std::optional<Log::ELogLevel> level, const std::string& text,
+                 Limit within) override;
+  void ExpectNoLog(Log::ELogLevel level, const std::string& text) override;
+  std::string ExpectBeep(const SBeepBounds& bounds) override;
+  void ExpectNoBeep() override;
+  void ExpectWrite(const std::string& channel, const std::string& attribute,
+                   const std::string& text) override;
+  void ExpectNoWrite() override;
+  void Mark() override;
+  void Wait(std::chrono::milliseconds time) override;
+
   void Begin();
   // At the deed's end, with its note.
   std::string Await(const Deed& deed);
@@ -103,7 +94,6 @@ class CCharger : public ICharger {
   bool Await(const std::function<bool()>& condition, std::chrono::milliseconds limit);
   void Look();
   void Pause();
-  void BeginChange();
   void Expect(const std::string& expected, Limit within, const std::function<SSeen()>& look);
   // Tells meanwhile what is awaited and what is seen.
   bool Await(const std::string& awaited, const std::function<std::string()>& seen,

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "virtualcharger/scenario/icharger.h"
-
 Deed Done(std::string note) {
   return [note = std::move(note)] { return std::optional(note); };
 }

@@ -4,8 +4,15 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+// A step did not come out as it should: what was expected, and what was seen last and when.
+class CStepFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // Asked at each look at the charger: nothing while it goes on, at its end a note for people, mostly
 // empty. Throws CStepFailure where it failed or takes too long. Not asked again after its end.

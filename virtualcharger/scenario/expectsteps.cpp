@@ -9,8 +9,8 @@
 
 namespace {
 
-ICharger::Limit ParseWithin(CArguments& arguments) {
-  const auto limit = arguments.Take("within") ? ICharger::Limit(arguments.Time()) : std::nullopt;
+IObserver::Limit ParseWithin(CArguments& arguments) {
+  const auto limit = arguments.Take("within") ? IObserver::Limit(arguments.Time()) : std::nullopt;
   arguments.End();
   return limit;
 }
@@ -34,16 +34,16 @@ std::string Capitalised(std::string text) {
 StepAction ParseExpectState(CArguments& arguments) {
   const int state = ParseState(arguments);
   const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectState(state, within);
+  return [=](IObserver& observer) {
+    observer.ExpectState(state, within);
     return std::string();
   };
 }
 
 StepAction ParseExpectAlive(CArguments& arguments) {
   arguments.End();
-  return [](ICharger& charger) {
-    charger.ExpectAlive();
+  return [](IObserver& observer) {
+    observer.ExpectAlive();
     return std::string();
   };
 }
@@ -55,24 +55,24 @@ StepAction ParseExpectLamp(CArguments& arguments) {
     lamp.mode = Capitalised(LampModes()[arguments.Choice("a mode", LampModes())]);
   }
   const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectLamp(lamp, within);
+  return [=](IObserver& observer) {
+    observer.ExpectLamp(lamp, within);
     return std::string();
   };
 }
 
-template <void (ICharger::*Expect)(int, ICharger::Limit)>
+template <void (IObserver::*Expect)(int, IObserver::Limit)>
 StepAction ParseExpectPercent(CArguments& arguments) {
   const int percent = arguments.Number("a percentage", 0, 100);
   const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    (charger.*Expect)(percent, within);
+  return [=](IObserver& observer) {
+    (observer.*Expect)(percent, within);
     return std::string();
   };
 }
 
-template StepAction ParseExpectPercent<&ICharger::ExpectBrightness>(CArguments& arguments);
-template StepAction ParseExpectPercent<&ICharger::ExpectDisplay>(CArguments& arguments);
+template StepAction ParseExpectPercent<&IObserver::ExpectBrightness>(CArguments& arguments);
+template StepAction ParseExpectPercent<&IObserver::ExpectDisplay>(CArguments& arguments);
 
 StepAction ParseExpectSignal(CArguments& arguments) {
   std::vector<std::string> names;
@@ -81,8 +81,8 @@ StepAction ParseExpectSignal(CArguments& arguments) {
   const int identifier = AllSignals()[place].identifier;
   const auto text = arguments.Word("the signal's value");
   const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectSignal(identifier, text, within);
+  return [=](IObserver& observer) {
+    observer.ExpectSignal(identifier, text, within);
     return std::string();
   };
 }
@@ -93,8 +93,8 @@ StepAction ParseExpectAttribute(CArguments& arguments) {
       AttributesOf(device)[arguments.Choice("an attribute", AttributesOf(device))];
   const auto text = arguments.Word("the text that it holds");
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.ExpectAttribute(device, attribute, text);
+  return [=](IObserver& observer) {
+    observer.ExpectAttribute(device, attribute, text);
     return std::string();
   };
 }
@@ -102,16 +102,16 @@ StepAction ParseExpectAttribute(CArguments& arguments) {
 StepAction ParseExpectReport(CArguments& arguments) {
   const int state = ParseState(arguments);
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.ExpectReport(state);
+  return [=](IObserver& observer) {
+    observer.ExpectReport(state);
     return std::string();
   };
 }
 
 StepAction ParseExpectNoReport(CArguments& arguments) {
   arguments.End();
-  return [](ICharger& charger) {
-    charger.ExpectNoReport();
+  return [](IObserver& observer) {
+    observer.ExpectNoReport();
     return std::string();
   };
 }
@@ -121,8 +121,8 @@ StepAction ParseExpectLog(CArguments& arguments) {
   if (!arguments.Take("any")) level = ParseLevel(arguments, "a level (or \"any\")");
   const auto text = arguments.Word("the text that the line contains");
   const auto within = ParseWithin(arguments);
-  return [=](ICharger& charger) {
-    charger.ExpectLog(level, text, within);
+  return [=](IObserver& observer) {
+    observer.ExpectLog(level, text, within);
     return std::string();
   };
 }
@@ -131,8 +131,8 @@ StepAction ParseExpectNoLog(CArguments& arguments) {
   const auto level = ParseLevel(arguments, "a level");
   const auto text = arguments.IsAtEnd() ? "" : arguments.Word("");
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.ExpectNoLog(level, text);
+  return [=](IObserver& observer) {
+    observer.ExpectNoLog(level, text);
     return std::string();
   };
 }
@@ -148,13 +148,13 @@ StepAction ParseExpectBeep(CArguments& arguments) {
     bounds.length = {shortest, arguments.Time()};
   }
   arguments.End();
-  return [=](ICharger& charger) { return charger.ExpectBeep(bounds); };
+  return [=](IObserver& observer) { return observer.ExpectBeep(bounds); };
 }
 
 StepAction ParseExpectNoBeep(CArguments& arguments) {
   arguments.End();
-  return [](ICharger& charger) {
-    charger.ExpectNoBeep();
+  return [](IObserver& observer) {
+    observer.ExpectNoBeep();
     return std::string();
   };
 }
@@ -162,8 +162,8 @@ StepAction ParseExpectNoBeep(CArguments& arguments) {
 StepAction ParseExpectWritten(CArguments& arguments) {
   if (arguments.Take("nothing")) {
     arguments.End();
-    return [](ICharger& charger) {
-      charger.ExpectNoWrite();
+    return [](IObserver& observer) {
+      observer.ExpectNoWrite();
       return std::string();
     };
   }
@@ -172,8 +172,8 @@ StepAction ParseExpectWritten(CArguments& arguments) {
       AttributesOf(channel)[arguments.Choice("an attribute", AttributesOf(channel))];
   const auto text = arguments.Word("the text that is written");
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.ExpectWrite(channel, attribute, text);
+  return [=](IObserver& observer) {
+    observer.ExpectWrite(channel, attribute, text);
     return std::string();
   };
 }

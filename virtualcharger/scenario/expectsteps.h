@@ -7,7 +7,7 @@
 StepAction ParseExpectState(CArguments& arguments);
 StepAction ParseExpectAlive(CArguments& arguments);
 StepAction ParseExpectLamp(CArguments& arguments);
-template <void (ICharger::*Expect)(int percent, ICharger::Limit within)>
+template <void (IObserver::*Expect)(int percent, IObserver::Limit within)>
 StepAction ParseExpectPercent(CArguments& arguments);
 StepAction ParseExpectSignal(CArguments& arguments);
 StepAction ParseExpectAttribute(CArguments& arguments);

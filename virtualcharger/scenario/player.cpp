@@ -8,7 +8,7 @@ const SStep* CPlayer::Step() const {
 
 std::string CPlayer::Do() {
   const auto& step = mScenario.steps.at(mNext);
-  auto note = step.action(mCharger);
+  auto note = mDoer(step.action);
   ++mNext;
   if (step.rounds > 0) {
     mRepeats.push_back({mNext, 1, step.rounds});

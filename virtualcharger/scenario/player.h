@@ -2,15 +2,20 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "virtualcharger/scenario/scenario.h"
 
-// Threads: one. Scenario and charger must live longer.
+// Threads: one. The scenario must live longer.
 class CPlayer {
  public:
-  CPlayer(const SScenario& scenario, ICharger& charger) : mScenario(scenario), mCharger(charger) {}
+  // Does a step and returns its note.
+  using Doer = std::function<std::string(const StepAction&)>;
+
+  CPlayer(const SScenario& scenario, Doer doer) : mScenario(scenario), mDoer(std::move(doer)) {}
 
   // The step that comes next; null at the end.
   const SStep* Step() const;
@@ -30,7 +35,7 @@ class CPlayer {
   };
 
   const SScenario& mScenario;
-  ICharger& mCharger;
+  const Doer mDoer;
   std::size_t mNext = 0;
   std::vector<SRepeat> mRepeats;
 };

@@ -13,7 +13,7 @@
 
 #include "virtualcharger/scenario/daemonlog.h"
 #include "virtualcharger/scenario/deed.h"
-#include "virtualcharger/scenario/icharger.h"
+#include "virtualcharger/scenario/ibench.h"
 #include "virtualcharger/scenario/peerlink.h"
 #include "virtualcharger/scenario/privateroot.h"
 

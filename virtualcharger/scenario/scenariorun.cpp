@@ -35,7 +35,7 @@ class CScenarioRun {
       : mFile(file),
         mSections(file, scenario),
         mBench({options.daemon, options.showLog}, options.hardware),
-        mPlayer(scenario, mCharger) {
+        mPlayer(scenario, [this](const StepAction& step) { return mCharger.Do(step); }) {
     if (options.keepRoot) {
       mBench.Processes().Root().Keep();
       mTranscript.Line(fmt::format("the run's folder: {}\n", mBench.Processes().Root().Path()));

@@ -12,8 +12,8 @@ namespace {
 
 StepAction ParseMark(CArguments& arguments) {
   arguments.End();
-  return [](ICharger& charger) {
-    charger.Mark();
+  return [](IObserver& observer) {
+    observer.Mark();
     return std::string();
   };
 }
@@ -21,15 +21,15 @@ StepAction ParseMark(CArguments& arguments) {
 StepAction ParseWait(CArguments& arguments) {
   const auto time = arguments.Time();
   arguments.End();
-  return [=](ICharger& charger) {
-    charger.Wait(time);
+  return [=](IObserver& observer) {
+    observer.Wait(time);
     return std::string();
   };
 }
 
 StepAction ParseSay(CArguments& arguments) {
   while (!arguments.IsAtEnd()) arguments.Word("");
-  return [](ICharger&) { return std::string(); };
+  return [](IBench&) { return Done(); };
 }
 
 // Where the way goes on is the player's matter.
@@ -97,10 +97,10 @@ const std::vector<SStepKind>& StepKinds() {
        "expect lamp blue pulsating within 1s", &ParseExpectLamp},
       {"expect brightness", "expect brightness PERCENT [within TIME]",
        "the upper end of the range of the channels that are lit",
-       "expect brightness 76", &ParseExpectPercent<&ICharger::ExpectBrightness>},
+       "expect brightness 76", &ParseExpectPercent<&IObserver::ExpectBrightness>},
       {"expect display", "expect display PERCENT [within TIME]",
        "the brightness that the meter's display was set to last",
-       "expect display 100", &ParseExpectPercent<&ICharger::ExpectDisplay>},
+       "expect display 100", &ParseExpectPercent<&IObserver::ExpectDisplay>},
       {"expect signal", "expect signal \"NAME\" TEXT [within TIME]",
        "the last value of this signal that diagnostics got",
        "expect signal \"LED state\" Blue/Pulsating", &ParseExpectSignal},

@@ -5,13 +5,18 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
-#include "virtualcharger/scenario/icharger.h"
+#include "virtualcharger/scenario/ibench.h"
+#include "virtualcharger/scenario/iobserver.h"
 #include "virtualcharger/scenario/words.h"
 
-// Does the step and returns a note for people, mostly empty. Throws CStepFailure.
-using StepAction = std::function<std::string(ICharger&)>;
+// What a step does: it begins a change, or it looks until what it expects is seen and returns a
+// note for people, mostly empty. Both throw CStepFailure.
+using Change = std::function<Deed(IBench&)>;
+using Observation = std::function<std::string(IObserver&)>;
+using StepAction = std::variant<Change, Observation>;
 
 struct SStepKind {
   std::string_view word;  // of two words where the first one alone does not decide

@@ -17,7 +17,7 @@ using testing::HasSubstr;
 
 std::string Done(const std::string& line) {
   RecordingCharger charger;
-  ParseStep(SplitWords(line))(charger);
+  charger.Do(ParseStep(SplitWords(line)));
   return charger.mDone;
 }
 

@@ -9,20 +9,28 @@
 
 using namespace std::chrono_literals;
 
-class RecordingCharger : public ICharger {
+class RecordingCharger : private IBench, private IObserver {
  public:
   std::string mDone;
 
-  void Request(ERequest request, bool accepted) override {
-    Note("{} {}", request == ERequest::Enable ? "enable" : "disable", accepted);
+  std::string Do(const StepAction& step) {
+    if (const auto* look = std::get_if<Observation>(&step)) return (*look)(*this);
+    return std::get<Change>(step)(*this)().value();
   }
-  void Trigger(int event, bool accepted) override { Note("event {} {}", event, accepted); }
-  void SetLight(double lux) override { Note("light {}", lux); }
-  void SetStored(const std::string& key, const Json::Value& value) override {
-    Note("set {} {} {}", key, static_cast<int>(value.type()), value.asString());
+
+ private:
+  Deed Request(ERequest request, bool accepted) override {
+    return Begin("{} {}", request == ERequest::Enable ? "enable" : "disable", accepted);
   }
-  void SetMeter(bool accepts) override { Note("meter {}", accepts); }
-  void SetLogLevel(Log::ELogLevel level) override { Note("log {}", static_cast<int>(level)); }
+  Deed Trigger(int event, bool accepted) override { return Begin("event {} {}", event, accepted); }
+  Deed SetLight(double lux) override { return Begin("light {}", lux); }
+  Deed SetStored(const std::string& key, const Json::Value& value) override {
+    return Begin("set {} {} {}", key, static_cast<int>(value.type()), value.asString());
+  }
+  Deed SetMeter(bool accepts) override { return Begin("meter {}", accepts); }
+  Deed SetLogLevel(Log::ELogLevel level) override {
+    return Begin("log {}", static_cast<int>(level));
+  }
   void ExpectState(int state, Limit within) override { Note("state {} {}", state, Text(within)); }
   void ExpectAlive() override { Note("alive"); }
   void ExpectBrightness(int percent, Limit within) override {
@@ -50,10 +58,8 @@ class RecordingCharger : public ICharger {
                 length.second.count());
   }
   void ExpectNoBeep() override { Note("no beep"); }
-  std::string SetConnector(int state) override { return Note("connector {}", state); }
-  std::string SetError(int identifier, bool on) override {
-    return Note("error {} {}", identifier, on);
-  }
+  Deed SetConnector(int state) override { return Begin("connector {}", state); }
+  Deed SetError(int identifier, bool on) override { return Begin("error {} {}", identifier, on); }
   void ExpectLamp(const SLamp& lamp, Limit within) override {
     Note("lamp {} {}", LampWords(lamp), Text(within));
   }
@@ -66,22 +72,27 @@ class RecordingCharger : public ICharger {
   }
   void ExpectNoWrite() override { Note("nothing"); }
   void Mark() override { Note("mark"); }
-  void Control(EProcessAction action, const std::string& process) override {
-    Note("control {} {}", static_cast<int>(action), process);
+  Deed Control(EProcessAction action, const std::string& process) override {
+    return Begin("control {} {}", static_cast<int>(action), process);
   }
-  void SetFault(const std::string& device, const std::string& attribute,
+  Deed SetFault(const std::string& device, const std::string& attribute,
                 const SFault& fault) override {
-    Note("fault [{}] [{}] kind {} error {} delay {} writes {} {}", device, attribute,
-         static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes, fault.text);
+    return Begin("fault [{}] [{}] kind {} error {} delay {} writes {} {}", device, attribute,
+                 static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes,
+                 fault.text);
   }
-  void Heal() override { Note("heal"); }
+  Deed Heal() override { return Begin("heal"); }
   void Wait(std::chrono::milliseconds time) override { Note("wait {}", time.count()); }
 
- private:
   template <typename... Arguments>
   std::string Note(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
     mDone = fmt::format(format, std::forward<Arguments>(arguments)...);
     return "noted";
+  }
+
+  template <typename... Arguments>
+  Deed Begin(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+    return Done(Note(format, std::forward<Arguments>(arguments)...));
   }
 
   static std::string Text(const Limit& limit) {

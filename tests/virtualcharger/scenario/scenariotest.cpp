@@ -22,7 +22,7 @@ TEST(AScenario, HasOneStepALineWithoutBlankLinesAndComments) {
   EXPECT_EQ(scenario.steps[0].text, "connector charging");
   EXPECT_EQ(scenario.steps[1].line, 5);
   RecordingCharger charger;
-  EXPECT_EQ(scenario.steps[0].action(charger), "noted");
+  EXPECT_EQ(charger.Do(scenario.steps[0].action), "noted");
   EXPECT_EQ(charger.mDone, "connector 6");
 }
 
@@ -36,7 +36,7 @@ TEST(AScenario, TellsEveryBadLineWithItsPlace) {
 // What is done and where, for each step.
 std::vector<std::string> Played(const SScenario& scenario) {
   RecordingCharger charger;
-  CPlayer player(scenario, charger);
+  CPlayer player(scenario, [&](const StepAction& action) { return charger.Do(action); });
   std::vector<std::string> done;
   while (const auto* step = player.Step()) {
     done.push_back(step->text + ": " + player.Round());
@@ -51,9 +51,9 @@ TEST(AScenario, RepeatsStepsInRounds) {
   ASSERT_THAT(scenario.errors, IsEmpty());
   const std::vector<std::string> inner{
       "repeat 2: round {0} of 2 -> round {0} of 2, round 1 of 2",
-      "heal: round {0} of 2, round 1 of 2 -> ",
+      "heal: round {0} of 2, round 1 of 2",
       "end: round {0} of 2, round 1 of 2 -> round {0} of 2, round 2 of 2",
-      "heal: round {0} of 2, round 2 of 2 -> ", "end: round {0} of 2, round 2 of 2 -> "};
+      "heal: round {0} of 2, round 2 of 2", "end: round {0} of 2, round 2 of 2 -> "};
   std::vector<std::string> expected{"repeat 2:  -> round 1 of 2", "mark: round 1 of 2 -> "};
   for (const auto& line : inner) expected.push_back(fmt::format(fmt::runtime(line), 1));
   expected.insert(expected.end(), {"end: round 1 of 2 -> round 2 of 2", "mark: round 2 of 2 -> "});
