@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 #include <string_view>
 
 #include "platform/ipc/genericcontrol.pb.h"
 #include "platform/ipc/sessionmanager.pb.h"
+#include "utils/ledstate.h"
 #include "utils/settingscatalogue.h"
 #include "utils/signalcatalogue.h"
 #include "virtualcharger/hardware/chargerhardware.h"
@@ -44,6 +46,12 @@ SNames MakeErrors() {
     if (signal.identifier < kFirstError || signal.identifier > kLastWarning) continue;
     Add(names, SignalName(signal), "", signal.identifier);
   }
+  return names;
+}
+
+std::vector<std::string> DashedNames(std::span<const std::string_view> texts) {
+  std::vector<std::string> names;
+  for (const auto text : texts) names.push_back(DashedName(text));
   return names;
 }
 
@@ -133,14 +141,16 @@ const std::vector<std::string>& AttributesOf(const std::string& device) {
 }
 
 const std::vector<std::string>& LampColours() {
-  static const std::vector<std::string> names{"red", "green", "blue", "yellow", "white"};
+  static const auto names = DashedNames(kLedColorTexts);
   return names;
 }
 
 const std::vector<std::string>& LampModes() {
-  static const std::vector<std::string> names{"on",     "pulsating", "flashing", "blink1", "blink2",
-                                              "blink3", "blink4",    "blink5",   "blink6", "blink7",
-                                              "blink8", "blink9",    "blink10"};
+  static const auto names = [] {
+    auto all = DashedNames(kLedModeTexts);
+    std::erase(all, "off");  // has no colour
+    return all;
+  }();
   return names;
 }
 
