@@ -40,13 +40,17 @@ std::optional<std::chrono::milliseconds> ParseTime(std::string_view word) {
   return std::nullopt;
 }
 
+std::vector<std::string> Nearest(std::string_view word, std::vector<std::string> known,
+                                 std::size_t count) {
+  std::ranges::stable_sort(known, {}, [&](const auto& name) { return Distance(word, name); });
+  known.resize(std::min(known.size(), count));
+  return known;
+}
+
 std::string Hint(std::string_view word, const std::vector<std::string>& known) {
-  const auto nearest =
-      std::min_element(known.begin(), known.end(), [&](const auto& left, const auto& right) {
-        return Distance(word, left) < Distance(word, right);
-      });
-  if (nearest == known.end()) return {};
-  const auto distance = Distance(word, *nearest);
+  const auto nearest = Nearest(word, known, 1);
+  if (nearest.empty()) return {};
+  const auto distance = Distance(word, nearest.front());
   if (distance > std::max<std::size_t>(2, word.size() / 3) || distance >= word.size()) return {};
-  return fmt::format("; did you mean \"{}\"?", *nearest);
+  return fmt::format("; did you mean \"{}\"?", nearest.front());
 }

@@ -22,5 +22,9 @@ std::optional<Value> ParseNumber(std::string_view word) {
 std::optional<std::chrono::milliseconds> ParseTime(std::string_view word);
 inline constexpr std::string_view kExpectedTime = "a time such as 100ms or 2s";
 
+// The known names that are nearest to the word, the nearest one first.
+std::vector<std::string> Nearest(std::string_view word, std::vector<std::string> known,
+                                 std::size_t count);
+
 // "; did you mean "NAME"?" with the known name that is nearest to the word, or nothing.
 std::string Hint(std::string_view word, const std::vector<std::string>& known);

@@ -83,11 +83,12 @@ class TheDesk(DeskTest):
     def test_refuses_what_it_cannot_do_and_says_why(self):
         desk = self.ready()
         for line, text in (("expect lamp off", "for scenarios"), ("conector charging", "connector"),
-                           ("start daemon", "runs already"), ("thaw meter", "is not frozen"), ("repeat 2", "scenario"), ("", "line")):
+                           ("start daemon", "runs already"), ("thaw meter", "is not frozen"), ("repeat 2", "scenario"), ("", "line"), ("light\0 5", "character 0x00 at place 6")):
             done = desk.step(line)
             self.assertFalse(done["ok"], line)
             self.assertIn(text, done["text"])
-        for message in ({"type": 7}, {"type": "step", "line": [5]}, {"type": "play", "scenario": {}}):
+        for message in ({"type": 7}, {"type": "step", "line": [5]}, {"type": "play", "scenario": {}},
+                        {"type": "record", "on": "yes"}):
             desk.socket.send(json.dumps({**message, "id": "odd"}))
             self.assertFalse(desk.done("odd")["ok"])
             desk.messages.clear()
@@ -147,7 +148,10 @@ class TheDesk(DeskTest):
         self.steps(desk, "connector reserved", "set HmiLedIntensityManual 20", "freeze meter")
         number = desk.ask("play", scenario="night")
         desk.wait_for_state(lambda state: state["play"]["waiting"], "an expectation")
-        self.steps(desk, "fault beeper all EIO", "heal")
+        self.steps(desk, "fault beeper all EIO", "fault all all EIO", "heal beeper all")
+        self.assertEqual(desk.step("heal beeper all")["text"],
+                         'no fault was set at beeper all; "heal" alone ends all faults')
+        self.steps(desk, "heal")
         self.assertTrue(desk.done(desk.ask("stop-play"))["ok"])
         self.assertEqual(desk.done(number)["text"], "stopped")
         self.assertTrue(desk.done(desk.ask("play", scenario="walk"))["ok"])

@@ -195,6 +195,12 @@ class ThePage(unittest.TestCase):
         self.page.wait_for("#faults .broken", "pattern: EIO")
         self.page.press("#daemon", "charging")
         self.page.wait_for("#lamp .reported", "≠ reported Blue/Pulsating, but shows Mixed")
+        self.page.press("#faults", "red all")
+        self.page.press("#faults", "Break it: red all EIO")
+        self.page.wait_for("#faults .chips", "red all: EIO")
+        self.page.press("#faults", "Heal red all")
+        self.page.wait_gone("#faults .chips", "red all")
+        self.assertEqual(self.page.text("#faults .broken"), "pattern: EIO")
         self.page.press("#faults", "Heal all (1)")
         wait_until(lambda: self.page.text("#faults .broken") == "", "no fault")
 

@@ -44,7 +44,7 @@ class TheVirtualCharger(unittest.TestCase):
                     "missinglog": ("6", "others, at last"), "refusedwrite": ("12", "refused: Input"),
                     "unexpectedbeep": ("5", "a tone"), "unexpectedlog": ("7", "received: 42"),
                     "unexpectedreport": ("7", "enabled at"), "wronglamp": ("5", "blue pulsating"),
-                    "wrongreport": ("5", "disabled at"), "wrongverdict": ("2", "refused")}
+                    "wrongreport": ("5", "disabled at"), "wrongverdict": ("2", 'refused; the daemon is uninitialized: "disable" first')}
         files = sorted(FAILURES.glob("*.scenario"))
         self.assertEqual([file.stem for file in files], list(expected))
         junit = self.folder / "failures.xml"

@@ -68,7 +68,7 @@ class CDesk {
   void BeginStep(const CInbox::SLetter& letter);
   void BeginPlay(const CInbox::SLetter& letter);
   void StopPlay(const SUnderWay& asked);
-  void Record(const SUnderWay& asked, bool on);
+  void Record(const SUnderWay& asked, const Json::Value& on);
   CRecorder::SShown Shown() const;
   bool GoOn(SUnderWay& step);
   void Tell(const SUnderWay& step, bool ok, const std::string& text);

@@ -22,7 +22,7 @@ void CDesk::Read(const CInbox::SLetter& letter) {
   if (type == "stop-play") {
     StopPlay(asked);
   } else if (type == "record") {
-    Record(asked, letter.message["on"] == true);
+    Record(asked, letter.message["on"]);
   } else {
     Tell(asked, false, R"(a message's "type" must be "step", "play", "stop-play" or "record")");
   }
@@ -34,13 +34,17 @@ void CDesk::StopPlay(const SUnderWay& asked) {
   Tell(asked, plays, plays ? "" : "no scenario is being played");
 }
 
-void CDesk::Record(const SUnderWay& asked, bool on) {
+void CDesk::Record(const SUnderWay& asked, const Json::Value& on) {
   const auto now = std::chrono::steady_clock::now();
-  if (on && mPlay.IsPlaying()) {
+  if (!on.isBool()) {
+    Tell(asked, false, fmt::format("\"on\" must be true or false, not {}", Compact(on)));
+    return;
+  }
+  if (on.asBool() && mPlay.IsPlaying()) {
     Tell(asked, false, "a scenario is being played; a recording is of what a person does");
     return;
   }
-  if (on) {
+  if (on.asBool()) {
     mRecorder.Begin(now, Prelude(mBench, mNewSettings, mStore.settings), Shown());
   } else {
     mRecorder.Show(now, Shown());

@@ -91,12 +91,14 @@ void CFaults::Set(const std::string& device, const std::string& attribute, SFaul
   mChanged.notify_all();
 }
 
-void CFaults::Clear(const std::string& device, const std::string& attribute) {
+bool CFaults::Clear(const std::string& device, const std::string& attribute) {
+  bool cleared = false;
   {
     const std::lock_guard lock(mMutex);
-    mEntries.erase({device, attribute});
+    cleared = mEntries.erase({device, attribute}) > 0;
   }
   mChanged.notify_all();
+  return cleared;
 }
 
 void CFaults::ClearAll() {

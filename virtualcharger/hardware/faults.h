@@ -58,8 +58,8 @@ class CFaults {
   explicit CFaults(std::shared_ptr<ISteadyClock> clock);
 
   void Set(const std::string& device, const std::string& attribute, SFault fault);
-  // The same place as it was set at.
-  void Clear(const std::string& device, const std::string& attribute);
+  // The same place as it was set at. False where there was none.
+  bool Clear(const std::string& device, const std::string& attribute);
   void ClearAll();
 
   bool IsVanished(const std::string& device) const;

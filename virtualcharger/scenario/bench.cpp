@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "platform/ipc/genericcontrol.pb.h"
 #include "platform/kvconfig/kvconfig.h"
 #include "utils/signalcatalogue.h"
 #include "virtualcharger/peers/peer.h"
@@ -34,15 +35,6 @@ std::string BrightnessWords(const CStatusLight& status) {
     lit = light.maximum;
   }
   return Percent(lit.value_or(0) / 10.0);
-}
-
-std::string Note(const std::string& peer, const std::string& outcome) {
-  if (outcome == kOutcomeOk) return {};
-  if (outcome == kOutcomeNobody) {
-    return "nobody is subscribed to " + peer + "; the next subscriber is told";
-  }
-  if (outcome == kOutcomeLate) return "the daemon has not replied in time";
-  return "the daemon's reply: " + outcome;
 }
 
 }  // namespace
@@ -182,20 +174,49 @@ Deed CBench::SetFault(const std::string& device, const std::string& attribute,
   return Done();
 }
 
-Deed CBench::Heal() {
+Deed CBench::Heal(const std::string& device, const std::string& attribute) {
+  CheckHardware();
+  if (mHardware.Faults().Clear(DevicePath(device), attribute)) return Done();
+  throw CStepFailure(fmt::format("no fault was set at {} {}; \"heal\" alone ends all faults",
+                                 device.empty() ? "all" : device,
+                                 attribute.empty() ? "all" : attribute));
+}
+
+Deed CBench::HealAll() {
   CheckHardware();
   mHardware.Faults().ClearAll();
   return Done();
 }
 
 Deed CBench::Ask(const std::string& question, bool accepted) {
-  return Then(mProcesses.Tell(kBoardController, question), [accepted](const std::string& outcome) {
+  return Then(mProcesses.Tell(kBoardController, question), [=, this](const std::string& outcome) {
     if (outcome == kOutcomeOk ? accepted : !accepted && outcome.starts_with(kOutcomeRefused)) {
       return Done();
     }
     throw CStepFailure(fmt::format("expected: {}\nseen:     {}", accepted ? "accepted" : "rejected",
-                                   outcome == kOutcomeOk ? "accepted" : outcome));
+                                   outcome == kOutcomeOk ? "accepted" : Reply(outcome)));
   });
+}
+
+// A refusal says in which state the daemon is, and what leads out of it.
+std::string CBench::Reply(const std::string& outcome) const {
+  if (!outcome.starts_with(kOutcomeRefused)) return outcome;
+  auto text = outcome.substr(0, outcome.find_last_not_of(' ') + 1);
+  const auto& state = mProcesses.LastState();
+  if (!state) return text;
+  text += "; the daemon is " + DaemonStateName(state->value);
+  if (state->value == ipc::EStateUninitialized) text += ": \"disable\" first";
+  if (state->value == ipc::EStateDisabled) text += ": \"enable\" first";
+  return text;
+}
+
+std::string CBench::Note(const std::string& peer, const std::string& outcome) const {
+  if (outcome == kOutcomeOk) return {};
+  if (outcome == kOutcomeNobody) {
+    return "nobody is subscribed to " + peer + "; the next subscriber is told";
+  }
+  if (outcome == kOutcomeLate) return "the daemon has not replied in time";
+  return "the daemon's reply: " + Reply(outcome);
 }
 
 Deed CBench::Tell(const std::string& peer, const std::string& command) {

@@ -78,13 +78,16 @@ class CBench : public IBench {
   Deed Control(EProcessAction action, const std::string& process) override;
   Deed SetFault(const std::string& device, const std::string& attribute,
                 const SFault& fault) override;
-  Deed Heal() override;
+  Deed Heal(const std::string& device, const std::string& attribute) override;
+  Deed HealAll() override;
 
   // By the peer: what it told last, where not all subscribers have replied to it.
   const std::map<std::string, std::string>& Unanswered() const { return mUnanswered; }
 
  private:
   Deed Ask(const std::string& question, bool accepted);
+  std::string Reply(const std::string& outcome) const;
+  std::string Note(const std::string& peer, const std::string& outcome) const;
   Deed Tell(const std::string& peer, const std::string& command);
   void CheckHardware() const;
   void CheckSilence() const;

@@ -45,10 +45,20 @@ Json::Value ValueOf(const std::string& word) {
   return number ? Json::Value(*number) : Json::Value(word);
 }
 
+struct SPlace {
+  std::string device;
+  std::string attribute;
+};
+
 // A choice of which "all" becomes the empty name.
-std::string ParsePlace(CArguments& arguments, std::string_view expected,
-                       const std::vector<std::string>& names) {
+std::string ParseOneOrAll(CArguments& arguments, std::string_view expected,
+                          const std::vector<std::string>& names) {
   return arguments.Take(kAll) ? std::string() : names[arguments.Choice(expected, names)];
+}
+
+SPlace ParsePlace(CArguments& arguments) {
+  const auto device = ParseOneOrAll(arguments, "a device (or \"all\")", Devices());
+  return {device, ParseOneOrAll(arguments, "an attribute (or \"all\")", AttributesOf(device))};
 }
 
 }  // namespace
@@ -135,8 +145,7 @@ StepAction ParseInterrupt(CArguments& arguments) {
 }
 
 StepAction ParseFault(CArguments& arguments) {
-  const auto device = ParsePlace(arguments, "a device (or \"all\")", Devices());
-  const auto attribute = ParsePlace(arguments, "an attribute (or \"all\")", AttributesOf(device));
+  const auto place = ParsePlace(arguments);
   const auto name = FaultNames()[arguments.Choice("a fault", FaultNames())];
   auto fault = FaultNamed(name).value();
   fault.delay = kDefaultDelay;
@@ -148,12 +157,14 @@ StepAction ParseFault(CArguments& arguments) {
     fault.writes = static_cast<unsigned>(arguments.Number("a number of writes", 1, 1'000'000));
   }
   arguments.End();
-  return [=](IBench& bench) { return bench.SetFault(device, attribute, fault); };
+  return [=](IBench& bench) { return bench.SetFault(place.device, place.attribute, fault); };
 }
 
 StepAction ParseHeal(CArguments& arguments) {
+  if (arguments.IsAtEnd()) return [](IBench& bench) { return bench.HealAll(); };
+  const auto place = ParsePlace(arguments);
   arguments.End();
-  return [](IBench& bench) { return bench.Heal(); };
+  return [=](IBench& bench) { return bench.Heal(place.device, place.attribute); };
 }
 
 template StepAction ParseRequest<ERequest::Disable>(CArguments& arguments);

@@ -43,5 +43,7 @@ class IBench {
   // Device names as in Devices(). An empty device or attribute stands for all.
   virtual Deed SetFault(const std::string& device, const std::string& attribute,
                         const SFault& fault) = 0;
-  virtual Deed Heal() = 0;
+  // The fault that was set at exactly this place.
+  virtual Deed Heal(const std::string& device, const std::string& attribute) = 0;
+  virtual Deed HealAll() = 0;
 };

@@ -152,9 +152,9 @@ const std::vector<SStepKind>& StepKinds() {
       {"fault", "fault DEVICE|all ATTRIBUTE|all NAME [TIME|\"TEXT\"] [times N]",
        "the hardware fails: by an error such as EIO, slow, short, garbage, frozen or vanished",
        "fault green pattern EIO times 2", &ParseFault},
-      {"heal", "heal",
-       "no faults any more",
-       "heal", &ParseHeal},
+      {"heal", "heal [DEVICE|all ATTRIBUTE|all]",
+       "the fault that was set at exactly this place is gone; without a place: all faults",
+       "heal green pattern", &ParseHeal},
       {"repeat", "repeat N",
        "the steps up to the matching \"end\" are done N times",
        "repeat 3", &ParseRepeat},
@@ -193,9 +193,15 @@ StepAction ParseStep(const std::vector<std::string>& words) {
     known.emplace_back(kind.word);
   }
   auto word = words.front();
-  if (word == "expect") word += ' ' + (words.size() > 1 ? words[1] : std::string());
+  if (word == "expect") {
+    std::erase_if(known, [](const auto& name) { return !name.starts_with("expect"); });
+    if (words.size() > 1) word += ' ' + words[1];
+  }
+  constexpr std::size_t kFew = 5;
   const auto hint = Hint(word, known);
   throw CParseError(fmt::format(
       "\"{}\" is not a step{}", word,
-      hint.empty() ? fmt::format("; expected one of: {}", fmt::join(known, ", ")) : hint));
+      hint.empty() ? fmt::format("; the nearest are: {}; virtual-charger --help lists all",
+                                 fmt::join(Nearest(word, known, kFew), ", "))
+                   : hint));
 }

@@ -8,7 +8,22 @@
 
 #include "utils/words.h"
 
+namespace {
+
+void CheckCharacters(std::string_view line) {
+  const auto found = std::ranges::find_if(line, [](char character) {
+    const auto code = static_cast<unsigned char>(character);
+    return (code < ' ' && character != '\t' && character != '\r') || code == 0x7f;
+  });
+  if (found == line.end()) return;
+  throw CParseError(fmt::format("the control character {:#04x} at place {}; leave it out",
+                                static_cast<unsigned char>(*found), found - line.begin() + 1));
+}
+
+}  // namespace
+
 std::vector<std::string> SplitWords(std::string_view line) {
+  CheckCharacters(line);
   std::vector<std::string> words;
   for (;;) {
     line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
@@ -46,9 +61,10 @@ std::size_t CArguments::Choice(std::string_view expected, const std::vector<std:
   if (found != known.end()) return static_cast<std::size_t>(found - known.begin());
   const auto hint = Hint(word, known);
   constexpr std::size_t kFew = 16;
-  throw CParseError(fmt::format(
-      "\"{}\" is not {}{}", word, expected,
-      hint.empty() && known.size() <= kFew ? fmt::format(": {}", fmt::join(known, ", ")) : hint));
+  throw CParseError(fmt::format("\"{}\" is not {}{}", word, expected,
+                                hint.empty() && !known.empty() && known.size() <= kFew
+                                    ? fmt::format(": {}", fmt::join(known, ", "))
+                                    : hint));
 }
 
 int CArguments::Number(std::string_view expected, int least, int most) {

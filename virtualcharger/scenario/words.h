@@ -14,7 +14,7 @@ class CParseError : public std::runtime_error {
 };
 
 // Words are separated by blanks; one in double quotes keeps its blanks. A word that begins with '#'
-// begins a comment. Throws CParseError for a quote without its end.
+// begins a comment. Throws CParseError for a quote without its end and for a control character.
 std::vector<std::string> SplitWords(std::string_view line);
 
 // "SuspendedByCar" becomes "suspended-by-car".

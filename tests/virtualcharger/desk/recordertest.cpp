@@ -74,7 +74,7 @@ TEST_F(ARecorder, ExpectsARefusalAndLeavesOutWhatFailed) {
   const auto refused = Do("card accepted");
   const auto failed = Do("enable");
   mRecorder.Ended(failed, false, "diagnostics did not answer\nat all");
-  mRecorder.Ended(refused, false, "expected: accepted\nseen:     refused ");
+  mRecorder.Ended(refused, false, "expected: accepted\nseen:     refused");
   mShown = {"mixed", "", std::nullopt, 2};  // what no scenario can expect
   Pass(2s);
   EXPECT_EQ(Text(),

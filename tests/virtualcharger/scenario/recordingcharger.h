@@ -81,7 +81,10 @@ class RecordingCharger : private IBench, private IObserver {
                  static_cast<int>(fault.kind), fault.error, fault.delay.count(), fault.writes,
                  fault.text);
   }
-  Deed Heal() override { return Begin("heal"); }
+  Deed Heal(const std::string& device, const std::string& attribute) override {
+    return Begin("heal [{}] [{}]", device, attribute);
+  }
+  Deed HealAll() override { return Begin("heal"); }
   void Wait(std::chrono::milliseconds time) override { Note("wait {}", time.count()); }
 
   template <typename... Arguments>

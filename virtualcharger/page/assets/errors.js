@@ -1,13 +1,13 @@
 // Errors and warnings of the catalogue: raised by number or text, ended by their chip.
 
 import { button, el, setText } from "./dom.js";
+import { chips } from "./chips.js";
 import { combobox } from "./combobox.js";
 import { cardGroup } from "./group.js";
 
 export function errors(root, desk) {
   let catalogue = new Map();
   let active = [];
-  const chips = el("ul", { className: "chips", "aria-label": "Active errors and warnings" });
   const none = el("p", { className: "muted", textContent: "None is active." });
   const describe = (identifier) =>
     catalogue.get(identifier) ?? { identifier, name: "", text: "not in the catalogue", kind: "error" };
@@ -29,8 +29,6 @@ export function errors(root, desk) {
   const picker = combobox({ id: "error-picker", label: "Raise an error or warning",
     placeholder: "Raise: number or text", find, show: row,
     choose: ({ identifier }) => own.step(`error ${identifier} on`) });
-  const own = cardGroup(desk, root, none, chips, picker.root);
-
   const chip = (identifier) => {
     const { text, kind } = describe(identifier);
     return el("li", { className: `chip ${kind}` },
@@ -38,21 +36,17 @@ export function errors(root, desk) {
       button("end", () => own.step(`error ${identifier} off`),
         { "aria-label": `End ${kind} ${identifier} ${text}` }));
   };
+  const list = chips("Active errors and warnings", chip, () => picker.input);
+  const own = cardGroup(desk, root, none, list.list, picker.root);
 
   return {
     hello(hello) {
       catalogue = new Map(hello.words.errors.map((each) => [each.identifier, each]));
-      active = [];
-      chips.replaceChildren();
+      list.clear();
     },
     state(state) {
-      if (String(state.errors) === String(active)) return;
-      // The chips that stay are left alone; the focus of one that goes moves to the field.
-      const old = new Map(active.map((identifier, index) => [identifier, chips.children[index]]));
       active = state.errors;
-      const focused = chips.contains(document.activeElement) && document.activeElement;
-      chips.replaceChildren(...active.map((identifier) => old.get(identifier) ?? chip(identifier)));
-      if (focused) (chips.contains(focused) ? focused : picker.input).focus();
+      list.show(active);
       setText(none, active.length ? "" : "None is active.");
     },
   };

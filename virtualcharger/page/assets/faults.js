@@ -1,7 +1,8 @@
 // Faults of the hardware: pick a place and a fault, and break it. Each place shows what is wrong
-// with it now.
+// with it now, and each fault can be healed by itself.
 
 import { button, el, setText } from "./dom.js";
+import { chips } from "./chips.js";
 import { cardGroup, word } from "./group.js";
 
 const kAll = "all";
@@ -39,7 +40,10 @@ export function faults(root, desk) {
     "aria-label": "For so many next writes only" });
   const apply = button("Break it", () => own.step(line()), { className: "main" });
   const heal = button("Heal all", () => own.step("heal"));
-  const own = cardGroup(desk, root, grid, list, el("div", { className: "line" },
+  const chip = (key) => el("li", { className: "chip error" }, el("span"),
+    button("heal", () => own.step(`heal ${key}`), { "aria-label": `Heal ${key}` }));
+  const active = chips("Active faults", chip, () => apply);
+  const own = cardGroup(desk, root, active.list, grid, list, el("div", { className: "line" },
     parameter, el("label", { className: "line" }, "next writes", times), apply, heal));
 
   const line = () => {
@@ -68,6 +72,7 @@ export function faults(root, desk) {
     hello({ words }) {
       places.clear();
       kinds.clear();
+      active.clear();
       takes = new Map(words.faults.map((each) => [each.name, each.takes]));
       grid.replaceChildren(deviceRow(kAll, []),
         ...words.devices.map(({ name, attributes }) => deviceRow(name, attributes)));
@@ -85,6 +90,8 @@ export function faults(root, desk) {
         setText(each, wrong ? `${name}: ${wrong}` : name);
         each.setAttribute("aria-label", wrong ? `${key}, broken: ${wrong}` : key);
       }
+      active.show([...broken.keys()]);
+      for (const [key, wrong] of broken) setText(active.get(key).firstChild, `${key}: ${wrong}`);
       setText(heal, broken.size ? `Heal all (${broken.size})` : "Heal all");
       heal.disabled = broken.size === 0;
     },
