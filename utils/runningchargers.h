@@ -3,9 +3,11 @@
 // Each has a file NAME.json in one folder: $XDG_RUNTIME_DIR/virtual-charger, or without that
 // variable /tmp/virtual-charger-UID; mode 0700. The file is one JSON object:
 //
-//   {"name": "charger", "pid": 4711, "port": 8765, "url": "http://127.0.0.1:8765/",
+//   {"name": "charger", "pid": 4711, "port": 8765, "url": "http://127.0.0.1:8765/#TOKEN",
 //    "store": "/run/user/1000/charger-x3Yk1q/etc/ovra.json",
 //    "sockets": "/run/user/1000/charger-x3Yk1q/run"}
+//
+// Who has the url steers the charger, so the file has mode 0600.
 //
 // Its charger holds a write lock on the file (fcntl, F_OFD_SETLK) until it ends, however it ends.
 // So a file without a lock is what a killed charger left behind, and stands for nothing. Asking for
@@ -23,7 +25,7 @@ struct SRunningCharger {
   std::string name{};
   pid_t pid = 0;
   std::uint16_t port = 0;  // of its page; 0 while it is starting
-  std::string url{};       // of its page, without the token that it takes to change something
+  std::string url{};       // of its page, with the token that it takes to steer
   std::string store{};     // the daemon's store
   std::string sockets{};   // the folder of the services' sockets
 };

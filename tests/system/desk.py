@@ -16,10 +16,11 @@ from processes import GENEROUS
 
 
 class Desk:
-    """A charger with a page, in a runtime folder of its own."""
+    """A charger with a page, in a runtime folder of its own, or beside another one in that one's."""
 
-    def __init__(self, name, *options, inside=()):
-        self.folder = tempfile.TemporaryDirectory(dir="/tmp")
+    def __init__(self, name, *options, inside=(), beside=None):
+        self._beside = beside
+        self.folder = beside.folder if beside else tempfile.TemporaryDirectory(dir="/tmp")
         self._process = subprocess.Popen(
             [*inside, os.environ["VIRTUAL_CHARGER"], "--daemon", os.environ["FEEDBACK"],
              "--name", name, *options],
@@ -41,20 +42,24 @@ class Desk:
                       if pathlib.Path(f"/proc/{child}/comm").read_text().strip() == "feedback")
         os.kill(daemon, signal.SIGKILL)
 
+    def kill(self):
+        self._process.kill()
+
     def end(self):
         """Its exit status, as after Ctrl-C."""
         if self._process.poll() is None:
             self._process.send_signal(signal.SIGINT)
         self.said += self._process.communicate(timeout=GENEROUS)[0]
-        self.folder.cleanup()
+        if not self._beside:
+            self.folder.cleanup()
         return self._process.returncode
 
 
 class SteeredDesk(Desk):
     """Over the WebSocket; what it tells is kept as it comes."""
 
-    def __init__(self, *options, inside=()):
-        super().__init__("steered", *options, inside=inside)
+    def __init__(self, *options, inside=(), beside=None):
+        super().__init__("steered", *options, inside=inside, beside=beside)
         self.messages = []
         self.state = None
         self._steps = 0

@@ -135,8 +135,8 @@ examples:
 }
 
 std::string ChargersDetails() {
-  return R"(One line each: the name for --charger, the page's address and the store. With one named "desk",
-"feedbackctl status --charger desk" shows its daemon.
+  return R"(One line each: the name for --charger, the page's address and the store. The address steers the
+charger. With one named "desk", "feedbackctl status --charger desk" shows its daemon.
 
 example:
   feedbackctl chargers

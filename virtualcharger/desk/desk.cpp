@@ -33,13 +33,13 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mBench(bench),
       mInterrupt(interrupt),
       mLibrary(library),
-      mRegistry(registry),
       mClock(bench.Begin()),
       mInbox(std::move(inbox)),
       mPlay(bench, interrupt),
       mTimeline(mClock),
       mChronicle(bench, mClock, mTimeline),
       mLamp(bench.Hardware().Light(), bench.Hardware().LampWrites(), mClock),
+      mOthers(registry, mFiles),
       mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
       mNewSettings(mStore.settings),
@@ -76,13 +76,15 @@ void CDesk::Live() {
 void CDesk::Turn() {
   std::erase_if(mSteps, [this](SUnderWay& step) { return !GoOn(step); });
   for (const auto& letter : mInbox->Take()) Read(letter);
-  if (mFiles.Take().contains(mStoreFolder)) {
+  const auto changed = mFiles.Take();
+  if (changed.contains(mStoreFolder)) {
     auto store = ReadStorePicture(mBench.Processes().Root().Store());
     // As for the daemon the last good values stay.
     if (!store.error.empty()) store.settings = mStore.settings;
     mStore = std::move(store);
   }
   const auto now = std::chrono::steady_clock::now();
+  mOthers.Look(changed, now);
   if (now - mPublished < kInterval) return;
   if (IsInMotion() && now - mPublished < 2 * kInterval) return;
   Publish();
@@ -161,6 +163,7 @@ void CDesk::Publish() {
   mRecorder.Show(mPublished, Shown());
   if (const auto lamp = mLamp.Next(mPublished)) mServer.Publish(Compact(*lamp));
   for (const auto& tone : mChronicle.TakeTones()) mServer.Publish(Compact(tone));
+  PublishTokens();
   auto state = State();
   const auto text = Compact(state);
   if (text != mState) {
@@ -174,6 +177,15 @@ void CDesk::Publish() {
   PublishRows("log", mLog.TakeNew());
 }
 
+void CDesk::PublishTokens() {
+  auto tokens = mOthers.Tokens();
+  if (tokens == mTokens) return;
+  mTokens = std::move(tokens);
+  auto message = mClock.Message("tokens");
+  message["tokens"] = mTokens;
+  mServer.PublishToWriters(Compact(message));
+}
+
 void CDesk::PublishRows(const char* type, Json::Value rows) {
   if (rows.empty()) return;
   auto message = mClock.Message(type);
@@ -185,6 +197,7 @@ Json::Value CDesk::State() const {
   auto state = Picture(mBench, mClock);
   state["settings"] = mStore.settings;
   state["storeError"] = mStore.error;
+  state["others"] = mOthers.Addresses();
   state["play"] = mPlay.State();
   state["recording"]["on"] = mRecorder.IsOn();
   state["recording"]["text"] = mRecorder.Text();
@@ -203,13 +216,7 @@ void CDesk::Greet(CInbox::ClientId client, bool mayWrite) {
   const auto begin = std::chrono::system_clock::now() -
                      std::chrono::duration_cast<std::chrono::system_clock::duration>(age);
   hello["begin"] = Utc(begin);
-  hello["others"] = Json::Value(Json::arrayValue);
-  for (const auto& other : mRegistry.Others()) {
-    Json::Value entry;
-    entry["name"] = other.name;
-    entry["url"] = other.url;
-    hello["others"].append(entry);
-  }
+  if (mayWrite) hello["tokens"] = mTokens;
   hello["words"] = Vocabulary(mLibrary);
   hello["timeline"] = mTimeline.Rows();
   hello["messages"] = mMessages.Rows();

@@ -14,6 +14,7 @@
 #include "virtualcharger/desk/library.h"
 #include "virtualcharger/desk/logfeed.h"
 #include "virtualcharger/desk/messagefeed.h"
+#include "virtualcharger/desk/others.h"
 #include "virtualcharger/desk/play.h"
 #include "virtualcharger/desk/recorder.h"
 #include "virtualcharger/desk/storepicture.h"
@@ -36,7 +37,6 @@ class CDesk {
 
   // As of the page's server.
   std::uint16_t Port() const { return mServer.Port(); }
-  std::string Address() const { return mServer.Address(); }
   std::string Url() const { return mServer.Url(); }
 
   // Until the user interrupts it; the charger ends orderly then. Throws CInterrupted if the user
@@ -76,13 +76,13 @@ class CDesk {
   void Publish();
   Json::Value State() const;
   void Greet(CInbox::ClientId client, bool mayWrite);
+  void PublishTokens();
   void PublishRows(const char* type, Json::Value rows);
 
   const SDeskSettings mSettings;
   CBench& mBench;
   CInterrupt& mInterrupt;
   const CLibrary& mLibrary;
-  const CDeskRegistry& mRegistry;
   const CPageClock mClock;
   const std::shared_ptr<CInbox> mInbox;
   CPlay mPlay;
@@ -91,6 +91,7 @@ class CDesk {
   CChronicle mChronicle;
   CLampMessage mLamp;
   CFileNotice mFiles;
+  COthers mOthers;
   const int mStoreFolder;
   SStorePicture mStore;
   const Json::Value mNewSettings;
@@ -100,6 +101,7 @@ class CDesk {
   std::vector<SUnderWay> mSteps;
   bool mNews = true;  // that may have to be published
   TimePoint mPublished{};
-  std::string mState;  // as published last, without its time
+  std::string mState;   // as published last, without its time
+  Json::Value mTokens;  // as published last
   CPageServer mServer;
 };

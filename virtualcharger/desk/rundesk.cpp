@@ -22,7 +22,7 @@ SRunningCharger Entry(const std::string& name, const CDesk& desk, CPrivateRoot& 
   charger.name = name;
   charger.pid = getpid();
   charger.port = desk.Port();
-  charger.url = desk.Address();
+  charger.url = desk.Url();
   charger.store = root.Store();
   charger.sockets = root.Sockets();
   return charger;

@@ -83,6 +83,12 @@ void CPageAudience::Publish(const CPageClient::Text& text, CPageServer::EWaiting
   }
 }
 
+void CPageAudience::PublishToWriters(const CPageClient::Text& text) {
+  for (const auto& [id, member] : mMembers) {
+    if (member.greeted && member.mayWrite) member.client->Send(text, CPageServer::EWaiting::Keep);
+  }
+}
+
 void CPageAudience::Hear(ClientId id, const std::string& text) {
   auto& member = mMembers.at(id);
   const auto message = ParseObject(text);

@@ -29,6 +29,7 @@ class CPageAudience {
   void Greet(ClientId client, const CPageClient::Text& text);
   void Send(ClientId client, const CPageClient::Text& text);
   void Publish(const CPageClient::Text& text, CPageServer::EWaiting waiting);
+  void PublishToWriters(const CPageClient::Text& text);
 
  private:
   struct SMember {

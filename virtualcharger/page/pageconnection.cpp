@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "virtualcharger/page/pagefiles.h"
 #include "virtualcharger/page/requestcheck.h"
 
 namespace asio = boost::asio;
@@ -73,19 +72,19 @@ void CPageConnection::AnswerRequest() {
 }
 
 void CPageConnection::RespondWithFile(std::string_view target) {
-  const auto& file = *FindPageFile(target);
-  Respond(200, ContentType(file), std::string(file.content));
+  const auto* file = FindPageFile(target);
+  Respond(200, ContentType(*file), std::string(file->content), file);
 }
 
-void CPageConnection::Respond(unsigned status, std::string_view type, std::string body) {
+void CPageConnection::Respond(unsigned status, std::string_view type, std::string body,
+                              const SPageFile* file) {
   mResponse.result(status);
   mResponse.keep_alive(false);
   const auto set = [this](beast::string_view field, std::string_view value) {
     mResponse.set(field, beast::string_view(value.data(), value.size()));
   };
   set("Content-Type", type);
-  set("Content-Security-Policy",
-      "default-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'");
+  set("Content-Security-Policy", ContentPolicy(file));
   set("X-Content-Type-Options", "nosniff");
   set("Referrer-Policy", "no-referrer");
   set("Cache-Control", "no-store");

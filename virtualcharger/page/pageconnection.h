@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "virtualcharger/page/pageaudience.h"
+#include "virtualcharger/page/pagefiles.h"
 
 // Held by its operations that are under way.
 // Threads: the server's.
@@ -32,7 +33,8 @@ class CPageConnection : public std::enable_shared_from_this<CPageConnection> {
   void Answer(boost::beast::error_code error);
   void AnswerRequest();
   void RespondWithFile(std::string_view target);
-  void Respond(unsigned status, std::string_view type, std::string body);
+  void Respond(unsigned status, std::string_view type, std::string body,
+               const SPageFile* file = nullptr);
 
   // Reads until the other side has closed: closing first would destroy an answer under way.
   void Drain();

@@ -165,3 +165,8 @@ void CPageServer::Publish(std::string text, EWaiting waiting) {
   mCore->Post([waiting, shared = std::make_shared<const std::string>(std::move(text))](
                   CPageAudience& audience) { audience.Publish(shared, waiting); });
 }
+
+void CPageServer::PublishToWriters(std::string text) {
+  mCore->Post([shared = std::make_shared<const std::string>(std::move(text))](
+                  CPageAudience& audience) { audience.PublishToWriters(shared); });
+}

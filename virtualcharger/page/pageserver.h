@@ -48,7 +48,7 @@ class CPageServer {
   using TimePoint = std::chrono::steady_clock::time_point;
 
   static constexpr std::uint16_t kUsualPort = 8765;
-  static constexpr std::size_t kMostClients = 16;
+  static constexpr std::size_t kMostClients = 64;              // a tile on another page is one
   static constexpr std::size_t kLargestRequest = 4UL * 1024;   // bytes of a request's header
   static constexpr std::size_t kLargestMessage = 16UL * 1024;  // bytes, from a client
   static constexpr std::size_t kLargestQueue = 1024UL * 1024;  // bytes that wait for one client
@@ -94,6 +94,9 @@ class CPageServer {
 
   // To all greeted clients. What may be replaced is of one kind.
   void Publish(std::string text, EWaiting waiting = EWaiting::Keep);
+
+  // To the greeted clients that have the token.
+  void PublishToWriters(std::string text);
 
  private:
   class CCore;

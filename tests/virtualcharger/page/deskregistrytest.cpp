@@ -42,16 +42,19 @@ TEST_F(ADeskRegistry, ShowsAChargerToOthersFromItsAnnouncementToItsEnd) {
   {
     CDeskRegistry right("right");
     EXPECT_THAT(left.Others(), IsEmpty());
-    right.Announce({"", 0, 8766, "http://127.0.0.1:8766/", "/r/etc/ovra.json", "/r/run"});
+    right.Announce({"", 0, 8766, "http://127.0.0.1:8766/#a1", "/r/etc/ovra.json", "/r/run"});
     EXPECT_THAT(right.Others(), IsEmpty());
     const auto others = left.Others();
     ASSERT_EQ(others.size(), 1U);
     EXPECT_EQ(others[0].name, "right");
     EXPECT_EQ(others[0].pid, getpid());
     EXPECT_EQ(others[0].port, 8766);
-    EXPECT_EQ(others[0].url, "http://127.0.0.1:8766/");
+    EXPECT_EQ(others[0].url, "http://127.0.0.1:8766/#a1");
     EXPECT_EQ(others[0].store, "/r/etc/ovra.json");
     EXPECT_EQ(others[0].sockets, "/r/run");
+    EXPECT_EQ(std::filesystem::status(RunningChargersFolder() + "/right.json").permissions(),
+              std::filesystem::perms(0600))
+        << "the address steers";
   }
   EXPECT_THAT(left.Others(), IsEmpty());
 }

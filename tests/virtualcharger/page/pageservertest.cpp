@@ -95,16 +95,20 @@ TEST_F(APageServer, ServesEveryFileWithItsTypeAndForItselfOnly) {
         fmt::format("GET /{} HTTP/1.1\r\nHost: localhost:{}\r\n\r\n", file.name, mServer->Port()));
     const auto answer = connection.Hear();
     const auto type = fmt::format("Content-Type: {}\r\n", ContentType(file));
-    EXPECT_THAT(answer, AllOf(HasSubstr(type),
-                              HasSubstr("\r\nContent-Security-Policy: default-src "
-                                        "'self';"),
-                              HasSubstr("\r\nX-Content-Type-Options: nosniff\r\n"),
-                              HasSubstr("\r\nReferrer-Policy: no-referrer\r\n"),
-                              HasSubstr("\r\nCache-Control: no-store\r\n")));
+    EXPECT_THAT(
+        answer,
+        AllOf(HasSubstr(type), HasSubstr("\r\nContent-Security-Policy: default-src 'self';"),
+              HasSubstr(file.name == "lamp.html" ? "; frame-ancestors http://127.0.0.1:* "
+                                                   "http://localhost:*\r\n"
+                                                 : "; frame-ancestors 'none'\r\n"),
+              HasSubstr("\r\nX-Content-Type-Options: nosniff\r\n"),
+              HasSubstr("\r\nReferrer-Policy: no-referrer\r\n"),
+              HasSubstr("\r\nCache-Control: no-store\r\n")));
     EXPECT_EQ(answer.substr(answer.find("\r\n\r\n") + 4), file.content) << file.name;
     EXPECT_NE(ContentType(file), "application/octet-stream") << file.name;
   }
-  EXPECT_THAT(std::string(FindPageFile("/")->content), StartsWith("<!DOCTYPE html>"));
+  EXPECT_EQ(FindPageFile("/"), FindPageFile("/index.html"));
+  EXPECT_EQ(FindPageFile("/lamp"), FindPageFile("/lamp.html"));
 }
 
 TEST_F(APageServer, GreetsAClientAndThenTellsItEverythingThatIsPublishedAfterwards) {
@@ -142,6 +146,7 @@ TEST_F(APageServer, LetsAClientWithoutTheTokenLookButNotWrite) {
     EXPECT_FALSE(hello.mayWrite) << token;
     mServer->Greet(hello.client, "greeting");
     EXPECT_EQ(browser.Hear(), "greeting");
+    mServer->PublishToWriters("how to steer the others");
     browser.Say(R"({"type":"step","id":7,"line":"kill daemon"})");
     EXPECT_THAT(browser.Hear(), AllOf(HasSubstr(R"("id":7)"), HasSubstr(R"("ok":false)"),
                                       HasSubstr("open the whole URL")));
@@ -151,8 +156,10 @@ TEST_F(APageServer, LetsAClientWithoutTheTokenLookButNotWrite) {
   browser->Say(R"({"type":"step"})");
   const auto step = mEvents.Next();
   EXPECT_EQ(step.type, "step");
+  mServer->PublishToWriters("how to steer the others");
   mServer->Send(step.client, "done");
   EXPECT_EQ(browser->Hear(), "greeting");
+  EXPECT_EQ(browser->Hear(), "how to steer the others");
   EXPECT_EQ(browser->Hear(), "done");
 }
 

@@ -12,7 +12,7 @@ const kTokenKey = "token";
 
 // The token stands in the address's fragment, which never leaves the browser. It is kept for
 // reloads and taken out of the address, which people show around.
-function takeToken() {
+export function takeToken() {
   const given = location.hash.slice(1);
   if (given) {
     sessionStorage.setItem(kTokenKey, given);
@@ -21,9 +21,9 @@ function takeToken() {
   return sessionStorage.getItem(kTokenKey) ?? "";
 }
 
-// onMessage gets every message of the charger, onLink {status, retryAt} where status is
-// "connecting", "open", "silent" or "lost".
-export function connect({ onMessage, onLink }) {
+// token gives what it takes to steer, or "". onMessage gets every message of the charger, onLink
+// {status, retryAt} where status is "connecting", "open", "silent" or "lost".
+export function connect({ token, onMessage, onLink }) {
   let socket = null;
   let pause = kFirstPause;
   let retry = null;
@@ -74,7 +74,7 @@ export function connect({ onMessage, onLink }) {
     socket = current;
     const ifCurrent = (handle) => (event) => current === socket && handle(event);
     current.onopen = ifCurrent(() =>
-      current.send(JSON.stringify({ type: "hello", token: takeToken() })));
+      current.send(JSON.stringify({ type: "hello", token: token() })));
     current.onmessage = ifCurrent(receive);
     current.onclose = ifCurrent(lose);
   }

@@ -13,7 +13,7 @@ function agrees({ colour, mode, reported }) {
                         : reported.toLowerCase() === `${colour}/${mode}`.toLowerCase();
 }
 
-const lampText = ({ colour, mode }) =>
+export const lampText = ({ colour, mode }) =>
   mode === "Off" ? "Off" : colour ? `${colour} ${mode.toLowerCase()}` : mode;
 
 export function lampNumbers(root) {

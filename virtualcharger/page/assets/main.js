@@ -4,7 +4,7 @@
 import { alerts } from "./alerts.js";
 import { ambient } from "./ambient.js";
 import { byId } from "./dom.js";
-import { connect } from "./connection.js";
+import { connect, takeToken } from "./connection.js";
 import { controls } from "./controls.js";
 import { errors } from "./errors.js";
 import { faults } from "./faults.js";
@@ -14,6 +14,8 @@ import { lampView } from "./lampview.js";
 import { log } from "./log.js";
 import { messages } from "./messages.js";
 import { meter } from "./meter.js";
+import { others } from "./others.js";
+import { partsOf } from "./parts.js";
 import { processes } from "./processes.js";
 import { recording } from "./recording.js";
 import { scenarios } from "./scenarios.js";
@@ -22,25 +24,6 @@ import { speaker } from "./speaker.js";
 import { startFrames } from "./frames.js";
 import { status } from "./status.js";
 import { timelinePart } from "./timelinepart.js";
-
-const parts = [];
-// A part that fails must not take the others with it.
-const tell = (type, message) => parts.forEach((part) => {
-  try {
-    part[type]?.(message);
-  } catch (error) {
-    reportError(error);
-  }
-});
-
-const receive = (message) => {
-  tell(message.type, message);
-  if (message.type === "hello") {
-    // A greeting brings the whole picture.
-    tell("state", message.state);
-    tell("lamp", message.lamp);
-  }
-};
 
 // The parts are built before the connection, which they steer by.
 let connection;
@@ -51,8 +34,9 @@ const desk = {
 };
 
 const timeline = timelinePart(byId("timeline"));
-parts.push(
+const parts = [
   status(),
+  others(byId("others")),
   lampView(byId("lamp")),
   lampNumbers(byId("lamp")),
   meter(byId("meter"), desk),
@@ -69,7 +53,8 @@ parts.push(
   settings(byId("settings"), desk),
   faults(byId("faults"), desk),
   // Last: it also decides what may be steered.
-  alerts(desk));
+  alerts(desk),
+];
 keys(timeline);
 startFrames();
-connection = connect({ onMessage: receive, onLink: (link) => tell("link", link) });
+connection = connect({ token: takeToken, ...partsOf(parts) });

@@ -1,6 +1,6 @@
 // The page's head and title, and the one polite announcement of what has changed.
 
-import { byId, el, setText, words } from "./dom.js";
+import { byId, setText, words } from "./dom.js";
 
 const kLinkTexts = { connecting: "connecting", open: "live", silent: "silent", lost: "connection lost" };
 // Many things change together; they are said together.
@@ -30,8 +30,6 @@ export function status() {
     hello(hello) {
       greeting = hello;
       setText(name, hello.name);
-      byId("others").replaceChildren(...hello.others.map((other) =>
-        el("a", { href: other.url, textContent: other.name })));
     },
     state({ lamp, lifecycle, connector, processes, errors }) {
       const gone = processes.filter((each) => each.status !== "running");
