@@ -293,6 +293,21 @@ class ThePage(unittest.TestCase):
         self.page.type("#messages input[type=search]", Keys.CONTROL + "a" + Keys.NULL, Keys.DELETE)
         self.page.wait_for("#messages .rows", "connector")
 
+    def test_shows_from_which_level_on_the_daemon_writes_its_log(self):
+        level = lambda: self.page.run("return document.querySelector('#log-level').value")
+        wait_until(lambda: level() == "info", "the daemon's own level")
+        self.page.type("#log-level", "d")
+        self.page.wait_for("#log .note.good", "log-level debug")
+        self.page.press("#daemon", "charging")
+        self.page.wait_for("#log .rows", "debug")
+        self.assertEqual(level(), "debug")
+        self.page.type("#step", "stop daemon", Keys.ENTER)
+        self.page.wait_for("#alerts", "daemon is stopped")
+        wait_until(lambda: level() == "info", "the level of the next daemon")
+        for step in ("start daemon", "disable", "enable"):
+            self.page.type("#step", step, Keys.ENTER)
+            self.page.wait_for("#scenarios .note.good", step)
+
     def test_writes_down_what_is_done_as_a_scenario(self):
         self.page.press("#recording", "Record")
         self.page.wait_for("#record", "Recording")

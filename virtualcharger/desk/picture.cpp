@@ -106,6 +106,7 @@ Json::Value Picture(const CBench& bench, const CPageClock& clock) {
   picture["volume"] = hardware.Attribute(DevicePath("beeper"), "volume").value_or("");
   picture["light"]["lux"] = hardware.Sensor().Lux();
   picture["light"]["percent"] = LightPercent(hardware.Sensor().Lux());
+  picture["logLevel"] = LogLevelName(bench.LogLevel());
   const auto& display = processes.Display();
   picture["display"]["percent"] = display ? Json::Value(display->value) : Json::Value();
   picture["display"]["accepts"] = processes.MeterAccepts();

@@ -84,6 +84,9 @@ Steps Prelude(const CBench& bench, const Json::Value& newSettings, const Json::V
   if (bench.Processes().Runs(kDaemon) && lamp.find("mixed") == std::string::npos) {
     steps.push_back("expect lamp " + lamp);
   }
+  if (bench.LogLevel() != CBench::kOwnLogLevel) {
+    steps.push_back("log-level " + LogLevelName(bench.LogLevel()));
+  }
   AddProcesses(steps, bench.Processes());
   AddFaults(steps, bench.Hardware().Faults());
   steps.emplace_back("mark");

@@ -66,6 +66,8 @@ void CBench::SpareTheConsole() {
 
 void CBench::Look() {
   mProcesses.Look();
+  const auto daemon = mProcesses.Status(kDaemon).state;
+  if (daemon == EProcessState::Stopped || daemon == EProcessState::Dead) mLogLevel = kOwnLogLevel;
   if (mReported) mReported->Show(mProcesses);
   const auto writes = mHardware.LampWrites().Since(mLooked);
   mLooked += writes.size();
@@ -144,7 +146,11 @@ Deed CBench::SetMeter(bool accepts) {
 }
 
 Deed CBench::SetLogLevel(Log::ELogLevel level) {
-  return Ask(fmt::format("log-level {}", static_cast<int>(level)), true);
+  return Then(Ask(fmt::format("log-level {}", static_cast<int>(level)), true),
+              [=, this](const std::string&) {
+                mLogLevel = level;
+                return Done();
+              });
 }
 
 Deed CBench::Control(EProcessAction action, const std::string& process) {

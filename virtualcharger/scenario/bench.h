@@ -41,6 +41,9 @@ class CBench : public IBench {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
 
+  // That each daemon begins with.
+  static constexpr auto kOwnLogLevel = Log::ELogLevel::EInfo;
+
   CBench(const CProcesses::SSettings& processes, const CChargerHardware::SSettings& hardware);
 
   TimePoint Begin() const { return mBegin; }
@@ -81,6 +84,9 @@ class CBench : public IBench {
   Deed Heal(const std::string& device, const std::string& attribute) override;
   Deed HealAll() override;
 
+  // What the daemon logs now, or will when it is started.
+  Log::ELogLevel LogLevel() const { return mLogLevel; }
+
   // By the peer: what it told last, where not all subscribers have replied to it.
   const std::map<std::string, std::string>& Unanswered() const { return mUnanswered; }
 
@@ -100,6 +106,7 @@ class CBench : public IBench {
   CWriteHistory::Mark mLooked = 0;
   SSeen mLamp{"", mBegin};
   SSeen mBrightness{"", mBegin};
+  Log::ELogLevel mLogLevel = kOwnLogLevel;
   std::map<std::string, std::string> mUnanswered;
   CProcesses mProcesses;
 };

@@ -18,7 +18,9 @@ function build(row) {
 export function log(root, desk) {
   const written = el("select", { id: "log-level", "aria-label": "Level from which on the daemon writes its log" });
   const own = cardGroup(desk, root, el("label", { className: "line", htmlFor: written.id }, "writes", written));
-  written.addEventListener("change", () => written.value && own.step(`log-level ${written.value}`));
+  let present = "";
+  const show = () => (written.value = present);
+  written.addEventListener("change", async () => await own.step(`log-level ${written.value}`) || show());
   const level = el("select", { "aria-label": "Least level shown" },
     ...options(kLevels.map((name, number) => [number, number === 0 ? "every level" : `${name} and above`])));
   const matches = (row) => {
@@ -32,9 +34,16 @@ export function log(root, desk) {
   root.append(el("div", { className: "filters" }, own.root, level, search, lines.pause, lines.count), lines.list);
   return {
     hello(hello) {
-      written.replaceChildren(...options([["", "as it is"], ...hello.words.logLevels]));
+      written.replaceChildren(...options(hello.words.logLevels));
+      present = "";
       lines.clear();
       lines.add(hello.log);
+    },
+    state({ logLevel }) {
+      // A choice that is open is left alone.
+      if (logLevel === present) return;
+      present = logLevel;
+      show();
     },
     log: ({ rows }) => lines.add(rows),
   };
