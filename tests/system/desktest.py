@@ -116,6 +116,13 @@ class TheDesk(DeskTest):
         for action, works in (("kill", True), ("freeze", False), ("start", True)):
             for number in [desk.ask("step", line=f"{action} {peer}") for peer in peers]:
                 self.assertEqual(desk.done(number)["ok"], works, action)
+        self.steps(desk, "kill diagnostics", "freeze meter")
+        desk.wait_for(lambda: any(row["lane"] == "peers" and row["value"] ==
+                                  "diagnostics stopped, meter frozen" for row in desk.rows("timeline")),
+                      "the lane of the peers")
+        self.steps(desk, "thaw meter", "start diagnostics")
+        desk.wait_for(lambda: [row["value"] for row in desk.rows("timeline")
+                               if row["lane"] == "peers"][-1] == "", "nothing in it")
         desk.kill_daemon()
         desk.wait_for_state(lambda _: desk.status("daemon") == "dead", "a death nobody asked for")
         self.steps(desk, "start daemon", "disable", "enable", "connector charging")

@@ -1,5 +1,7 @@
 #include "virtualcharger/desk/chronicle.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -7,10 +9,12 @@
 
 #include "virtualcharger/desk/picture.h"
 #include "virtualcharger/scenario/names.h"
+#include "virtualcharger/scenario/steptable.h"
 
 void CChronicle::Look() {
   LookAtLamp();
   LookAtDaemon();
+  LookAtPeers();
   LookAtErrors();
   LookAtTones();
   const auto& processes = mBench.Processes();
@@ -45,6 +49,20 @@ void CChronicle::LookAtDaemon() {
   mTimeline.Set("daemon", status.since, StatusName(status));
   mTimeline.Set("lifecycle", state ? state->time : status.since,
                 state ? DaemonStateName(state->value) : "");
+}
+
+// Which do not run, and how that is; nothing where all do.
+void CChronicle::LookAtPeers() {
+  std::string words;
+  auto since = mClock.Begin();
+  for (const auto& name : ProcessNames()) {
+    const auto& status = mBench.Processes().Status(name);
+    if (name == kDaemon) continue;
+    since = std::max(since, status.since);
+    const auto how = StatusName(status);
+    if (how != "running") words += fmt::format("{}{} {}", words.empty() ? "" : ", ", name, how);
+  }
+  mTimeline.Set("peers", since, words);
 }
 
 void CChronicle::LookAtErrors() {

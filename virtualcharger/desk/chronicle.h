@@ -21,6 +21,7 @@ class CChronicle {
  private:
   void LookAtLamp();
   void LookAtDaemon();
+  void LookAtPeers();
   void LookAtErrors();
   void LookAtTones();
 

@@ -13,6 +13,8 @@ class CPageClock {
 
   explicit CPageClock(TimePoint begin) : mBegin(begin) {}
 
+  TimePoint Begin() const { return mBegin; }
+
   // To the microsecond.
   double operator()(TimePoint time) const;
 

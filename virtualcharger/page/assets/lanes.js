@@ -18,6 +18,7 @@ export const kLanes = [
   { lane: "step", title: "steps", height: 16, draw: "moments", text: (value) => value },
   { lane: "lamp", title: "lamp", height: 26, draw: "lamp", text: lampText },
   { lane: "daemon", title: "daemon", height: 18, draw: "words", text: words, bad: (value) => value !== "running" },
+  { lane: "peers", title: "peers", height: 18, draw: "words", text: words, bad: () => true },
   { lane: "lifecycle", title: "lifecycle", height: 18, draw: "words", text: words, bad: (value) => /error/.test(value) },
   { lane: "connector", title: "connector", height: 18, draw: "words", text: words },
   { lane: "error", title: "errors", height: 18, draw: "words", text: (value) => value.join(", "), bad: (value) => value.length > 0 },
