@@ -30,16 +30,39 @@ bool IsForbidden(char character) {
   return code < ' ' && character != '\n' && character != '\r' && character != '\t';
 }
 
+void CheckRegular(mode_t mode) {
+  if (S_ISREG(mode)) {
+    return;
+  }
+  const char* kind = S_ISDIR(mode)    ? "a directory"
+                     : S_ISFIFO(mode) ? "a FIFO"
+                     : S_ISSOCK(mode) ? "a socket"
+                                      : "a device";
+  Refuse(fmt::format("it is not a regular file but {}", kind));
+}
+
+[[noreturn]] void ThrowNotOpened(const std::string& path) {
+  auto reason = "cannot open the store: " + Detail::ErrnoText();
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0) {
+    CheckRegular(status.st_mode);  // a socket cannot be opened
+  } else if (lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+    reason += ", where the link leads that stands in its place";
+  }
+  throw std::runtime_error(reason);
+}
+
 std::string ReadText(const std::string& path) {
   // Neither a pipe nor a terminal in the store's place may hold the process up.
   const CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) {
-    throw std::runtime_error("cannot open the store: " + Detail::ErrnoText());
+    ThrowNotOpened(path);
   }
   struct stat status {};
-  if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-    Refuse("it is not a regular file");
+  if (fstat(file.Get(), &status) != 0) {
+    throw std::runtime_error("cannot read the store: " + Detail::ErrnoText());
   }
+  CheckRegular(status.st_mode);
   std::string text;
   std::array<char, 16UL * 1024> buffer;
   for (;;) {

@@ -62,6 +62,10 @@ class TheDesk(DeskTest):
         store.write_text("{")
         desk.wait_for_state(lambda state: "not a valid store" in state["storeError"], "a broken store")
         self.assertEqual(desk.state["settings"]["HmiLedIntensityManual"], 40)
+        store.unlink()
+        store.mkdir()
+        desk.wait_for_state(lambda state: "but a directory" in state["storeError"], "a folder")
+        store.rmdir()
         store.write_text(good.replace(": 40", ": 30"))
         desk.wait_for_state(lambda state: state["storeError"] == "" and
                             state["settings"]["HmiLedIntensityManual"] == 30, "an editor's change")

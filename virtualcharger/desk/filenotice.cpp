@@ -21,7 +21,9 @@ CFileNotice::CFileNotice()
     : mInotify(Checked(inotify_init1(IN_CLOEXEC | IN_NONBLOCK), "no inotify")) {}
 
 int CFileNotice::Add(const std::string& path) {
-  constexpr auto changes = IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+  // IN_CREATE for what is complete as it appears: folders, links, sockets.
+  constexpr auto changes =
+      IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE | IN_ATTRIB;
   return Checked(inotify_add_watch(mInotify.Get(), path.c_str(), changes), path);
 }
 

@@ -68,12 +68,21 @@ TEST_F(AStoreFile, IsRefusedWithTheReason) {
 }
 
 TEST_F(AStoreFile, ThatCannotBeReadSaysWhy) {
-  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("No such file"));
-  std::filesystem::create_directories(mStore);
-  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("not a regular file"));
-  std::filesystem::remove(mStore);
-  ASSERT_EQ(mkfifo(mStore.c_str(), 0600), 0);
-  EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr("not a regular file"));
+  Shell("mkdir -p etc");
+  const std::pair<const char*, const char*> places[] = {
+      {"true", "cannot open the store: No such file or directory"},
+      {"mkdir etc/ovra.json", "it is not a regular file but a directory"},
+      {"mkfifo etc/ovra.json", "but a FIFO"},
+      {"ln -s /dev/null etc/ovra.json", "but a device"},
+      {"python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind(\"etc/ovra.json\")'",
+       "but a socket"},
+      {"ln -s nowhere etc/ovra.json", "No such file or directory, where the link leads"},
+  };
+  for (const auto& [command, reason] : places) {
+    Shell(command);
+    EXPECT_THAT(KvConfig::ReadStore(mStore).error, HasSubstr(reason));
+    Shell("rm -rf etc/ovra.json");
+  }
 }
 
 // The kernel writes up to the limit and then refuses, as it does on a disk that is full.
