@@ -62,13 +62,17 @@ void CPageConnection::Answer(beast::error_code error) {
 void CPageConnection::AnswerRequest() {
   const auto& request = mParser.get();
   const auto verdict = CheckRequest(Describe(request), mPort);
-  if (verdict.status == 200) return RespondWithFile(View(request.target()));
-  if (verdict.status != 101) return Respond(verdict.status, "text/plain", verdict.text + "\n");
-  if (mAudience.IsFull()) {
+  // A browser shows the answer for the page, but not the one for its WebSocket.
+  const bool isPage = verdict.status == 200 && request.target() == "/";
+  if ((isPage || verdict.status == 101) && mAudience.IsFull()) {
     const auto limit = std::to_string(CPageServer::kMostClients);
-    return Respond(503, "text/plain", "There are " + limit + " pages open; close one of them.");
+    return Respond(503, "text/plain",
+                   "This charger is shown " + limit + " times already, as a page or as a tile on " +
+                       "another charger's page; close one of them.\n");
   }
-  mAudience.Admit(std::move(mStream), request);
+  if (verdict.status == 101) return mAudience.Admit(std::move(mStream), request);
+  if (verdict.status == 200) return RespondWithFile(View(request.target()));
+  Respond(verdict.status, "text/plain", verdict.text + "\n");
 }
 
 void CPageConnection::RespondWithFile(std::string_view target) {

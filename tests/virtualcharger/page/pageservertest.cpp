@@ -194,6 +194,7 @@ TEST_F(APageServer, HasRoomForAnotherClientWhenOneHasLeft) {
   const auto upgrade =
       "GET /ws HTTP/1.1\r\nHost: 127.0.0.1:$\r\nOrigin: http://127.0.0.1:$\r\n" + kUpgrade + "\r\n";
   EXPECT_EQ(StatusOf(upgrade), "HTTP/1.1 503");
+  EXPECT_EQ(StatusOf("GET / HTTP/1.1\r\nHost: localhost:$\r\n\r\n"), "HTTP/1.1 503");
   browsers.pop_back();
   WaitForClients(CPageServer::kMostClients - 1);
   EXPECT_NO_THROW(browsers.emplace_back(mServer->Port()));

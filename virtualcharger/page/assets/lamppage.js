@@ -18,7 +18,8 @@ function fewWords() {
   const showTrouble = () => {
     const text = [away, ...troubles].filter(Boolean).join(", ");
     setText(byId("trouble"), text);
-    document.body.className = [text && "trouble", away && "away"].join(" ");
+    document.body.classList.toggle("trouble", text !== "");
+    document.body.classList.toggle("away", away !== "");
   };
 
   return {
