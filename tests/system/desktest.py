@@ -175,6 +175,40 @@ class TheDesk(DeskTest):
         desk.wait_for_state(lambda state: state["play"]["failed"] and state["play"]["done"], "failure")
         self.steps(desk, "start daemon", "disable")
 
+    def test_brings_the_persons_charger_back_after_scenarios(self):
+        desk = self.ready()
+        self.assertFalse(desk.done(desk.ask("bring-back"))["ok"])
+        self.steps(desk, "connector charging", "error 1004 on", "error 1002 on", "light 300",
+                   "log-level debug", "freeze meter", "kill session-manager",
+                   "fault sensor all garbage \"a b\"", "fault red pattern EIO times 2")
+        store = next(pathlib.Path(desk.folder.name).glob("charger-*/etc/ovra.json"))
+        text = store.read_text().replace('"settings": {', '"own": 1, "settings": {"OfMine": [7],')
+        store.write_text(text.replace('"HmiBuzzerVolume": 4', '"HmiBuzzerVolume": 2'))
+
+        def picture(state):
+            return {key: state[key] for key in ("settings", "storeError", "errors", "light", "logLevel", "faults")} | {
+                "connector": state["connector"]["state"], "lifecycle": state["lifecycle"]["state"],
+                "lamp": lamp(state), "status": [(each["name"], each["status"]) for each in state["processes"]]}
+
+        desk.wait_for_state(lambda state: state["settings"]["HmiBuzzerVolume"] == 2 and
+                            lamp(state)[0] == "Red", "the hand-edited store and the light")
+        for end in (lambda: store.read_text(), lambda: store.write_text('{"half": ') and store.read_text()):
+            own = end()
+            desk.wait_for_state(lambda state: bool(state["storeError"]) == own.startswith('{"half'), "the store")
+            before = picture(desk.state)
+            for scenario, stop in (("night", lambda: desk.ask("stop-play")), ("walk", desk.kill_daemon)):
+                number = desk.ask("play", scenario=scenario)
+                desk.wait_for_state(lambda state: state["play"]["scenario"] == scenario and
+                                    state["play"]["line"] > 5, "its middle")
+                stop()
+                self.assertFalse(desk.done(number)["ok"])
+            self.assertTrue(desk.state["play"]["back"])
+            done = desk.done(desk.ask("bring-back"))
+            self.assertTrue(done["ok"], done["text"])
+            self.assertEqual(store.read_text(), own)
+            desk.wait_for_state(lambda state: picture(state) == before and not state["play"]["back"],
+                                f"{before}")
+
     def test_records_what_a_person_does_as_a_scenario_that_comes_out_again(self):
         desk = self.ready()
         self.steps(desk, "connector charging", "set HmiLedIntensityManual 60", "light 300")

@@ -308,6 +308,17 @@ class ThePage(unittest.TestCase):
             self.page.type("#step", step, Keys.ENTER)
             self.page.wait_for("#scenarios .note.good", step)
 
+    def test_brings_the_charger_back_that_a_scenario_has_taken_away(self):
+        self.page.press("#daemon", "charging")
+        self.page.wait_for_lamp("Blue pulsating")
+        self.page.press("#scenarios", "Play")
+        self.page.wait_for("#scenarios .progress", "beeps:")
+        self.page.press("#scenarios", "Stop")
+        self.page.press("#scenarios", "Bring back my charger")
+        self.page.wait_for("#scenarios .progress", "✓ your charger is back")
+        self.page.wait_for_lamp("Blue pulsating")
+        self.assertNotIn("Bring back", self.page.text("#scenarios"))
+
     def test_writes_down_what_is_done_as_a_scenario(self):
         self.page.press("#recording", "Record")
         self.page.wait_for("#record", "Recording")

@@ -43,6 +43,7 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
       mNewSettings(mStore.settings),
+      mKept(bench, mNewSettings),
       mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
       mMessages(mClock),
       mServer({mSettings.port, bench.Begin()}, *mInbox) {
@@ -97,10 +98,18 @@ void CDesk::Play() {
     mNews = true;
     Turn();
   };
-  mPlay.Play(*request.entry, watch, [this](const std::string& step) {
+  if (!request.back) mKept.Keep(mStore.settings);
+  mPlay.Play(request.played, watch, [this](const std::string& step) {
     mTimeline.AddStep(std::chrono::steady_clock::now(), step);
   });
-  Tell(request.asked, mPlay.Failure().empty(), mPlay.Failure());
+  auto failure = mPlay.Failure();
+  try {
+    if (request.back && failure.empty()) mKept.Return();
+  } catch (const std::runtime_error& error) {
+    failure = error.what();
+  }
+  mKept.Leave();
+  Tell(request.asked, failure.empty(), failure);
   mNews = true;
 }
 
@@ -199,6 +208,7 @@ Json::Value CDesk::State() const {
   state["storeError"] = mStore.error;
   state["others"] = mOthers.Addresses();
   state["play"] = mPlay.State();
+  state["play"]["back"] = mKept.IsThere();
   state["recording"]["on"] = mRecorder.IsOn();
   state["recording"]["text"] = mRecorder.Text();
   return state;

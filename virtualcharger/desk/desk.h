@@ -10,6 +10,7 @@
 #include "virtualcharger/desk/chronicle.h"
 #include "virtualcharger/desk/filenotice.h"
 #include "virtualcharger/desk/inbox.h"
+#include "virtualcharger/desk/keptcharger.h"
 #include "virtualcharger/desk/lampmessage.h"
 #include "virtualcharger/desk/library.h"
 #include "virtualcharger/desk/logfeed.h"
@@ -56,7 +57,8 @@ class CDesk {
 
   struct SPlayRequest {
     SUnderWay asked;
-    const CLibrary::SEntry* entry;
+    CPlay::SPlayed played;
+    bool back;  // to the person's charger
   };
 
   [[noreturn]] void Live();
@@ -67,6 +69,8 @@ class CDesk {
   void Read(const CInbox::SLetter& letter);
   void BeginStep(const CInbox::SLetter& letter);
   void BeginPlay(const CInbox::SLetter& letter);
+  void BeginWayBack(const SUnderWay& asked);
+  void BeginPlay(SPlayRequest request);
   void StopPlay(const SUnderWay& asked);
   void Record(const SUnderWay& asked, const Json::Value& on);
   CRecorder::SShown Shown() const;
@@ -95,6 +99,7 @@ class CDesk {
   const int mStoreFolder;
   SStorePicture mStore;
   const Json::Value mNewSettings;
+  CKeptCharger mKept;
   CRecorder mRecorder;
   CLogFeed mLog;
   CMessageFeed mMessages;

@@ -21,10 +21,13 @@ void CDesk::Read(const CInbox::SLetter& letter) {
   SUnderWay asked{letter.client, letter.message["id"], nullptr, {}};
   if (type == "stop-play") {
     StopPlay(asked);
+  } else if (type == "bring-back") {
+    BeginWayBack(asked);
   } else if (type == "record") {
     Record(asked, letter.message["on"]);
   } else {
-    Tell(asked, false, R"(a message's "type" must be "step", "play", "stop-play" or "record")");
+    Tell(asked, false,
+         R"(a message's "type" must be "step", "play", "stop-play", "bring-back" or "record")");
   }
 }
 
@@ -69,12 +72,31 @@ void CDesk::BeginPlay(const CInbox::SLetter& letter) {
   const auto* entry = mLibrary.Find(name.isString() ? name.asString() : "");
   if (entry == nullptr) {
     Tell(asked, false, fmt::format("there is no scenario {}", Compact(name)));
-  } else if (mRecorder.IsOn()) {
-    Tell(asked, false, "a recording is on, of what a person does; end it first");
-  } else if (mPlay.IsPlaying() || mPlayRequest) {
-    Tell(asked, false, "a scenario is being played; stop it first");
+    return;
+  }
+  auto scenario = ReadScenario(entry->path);
+  if (!scenario.errors.empty()) {
+    Tell(asked, false, scenario.errors.front());
+    return;
+  }
+  BeginPlay({asked, {entry->name, std::move(scenario)}, false});
+}
+
+void CDesk::BeginWayBack(const SUnderWay& asked) {
+  if (mKept.IsThere()) {
+    BeginPlay({asked, mKept.WayBack(), true});
   } else {
-    mPlayRequest = {asked, entry};
+    Tell(asked, false, "no scenario has taken your charger away");
+  }
+}
+
+void CDesk::BeginPlay(SPlayRequest request) {
+  if (mRecorder.IsOn()) {
+    Tell(request.asked, false, "a recording is on, of what a person does; end it first");
+  } else if (mPlay.IsPlaying() || mPlayRequest) {
+    Tell(request.asked, false, "a scenario is being played; stop it first");
+  } else {
+    mPlayRequest = std::move(request);
     mNews = true;
   }
 }
@@ -92,6 +114,7 @@ void CDesk::BeginStep(const CInbox::SLetter& letter) {
     const auto* change = std::get_if<Change>(&action);
     const auto now = std::chrono::steady_clock::now();
     mTimeline.AddStep(now, line.asString());
+    if (!mPlay.IsPlaying()) mKept.Touch();
     mRecorder.Show(now, Shown());
     if (mRecorder.IsOn()) step.recorded = mRecorder.Step(now, line.asString());
     if (change == nullptr) {

@@ -155,7 +155,7 @@ Json::Value FaultPictures(const CFaults& faults) {
   for (const auto& [device, attribute, fault, writesLeft] : faults.All()) {
     std::string detail;
     if (fault.kind == EFault::Slow) detail = std::to_string(fault.delay.count()) + "ms";
-    if (fault.kind == EFault::Garbage) detail = '"' + fault.text + '"';
+    if (fault.kind == EFault::Garbage) detail = Quoted(fault.text);
     if (fault.writes > 0) detail += " times " + std::to_string(writesLeft);
     Json::Value entry;
     entry["device"] = device.empty() ? "all" : DeviceName(device);

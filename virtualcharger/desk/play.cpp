@@ -20,14 +20,13 @@ auto Shown(const Thing*& place, const Thing& thing) {
 
 }  // namespace
 
-void CPlay::Play(const CLibrary::SEntry& entry, const std::function<void()>& watch,
+void CPlay::Play(const SPlayed& played, const std::function<void()>& watch,
                  const std::function<void(const std::string& step)>& tell) {
-  mScenario = entry.name;
+  mScenario = played.name;
   mLine = 0;
   mText = "the charger begins anew";
   mFailure.clear();
   mStopped = false;
-  const auto scenario = ReadScenario(entry.path);
   CCharger charger(mBench, mInterrupt);
   const auto shownCharger = Shown<CCharger>(mCharger, charger);
   charger.SetWatcher([&] {
@@ -35,9 +34,8 @@ void CPlay::Play(const CLibrary::SEntry& entry, const std::function<void()>& wat
     if (mStopped) throw CStopped();
   });
   try {
-    if (!scenario.errors.empty()) throw CStepFailure(scenario.errors.front());
-    charger.Renew();
-    DoSteps(scenario, charger, tell);
+    charger.Renew(played.store);
+    DoSteps(played.scenario, charger, tell);
   } catch (const CStopped&) {
     mFailure = kStopped;
   } catch (const CInterrupted&) {

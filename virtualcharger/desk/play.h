@@ -7,7 +7,6 @@
 #include <functional>
 #include <string>
 
-#include "virtualcharger/desk/library.h"
 #include "virtualcharger/scenario/charger.h"
 #include "virtualcharger/scenario/player.h"
 
@@ -16,12 +15,18 @@ class CPlay {
  public:
   CPlay(CBench& bench, CInterrupt& interrupt) : mBench(bench), mInterrupt(interrupt) {}
 
+  struct SPlayed {
+    std::string name;
+    SScenario scenario;   // without errors
+    std::string store{};  // that the charger begins with; empty for a new one's
+  };
+
   bool IsPlaying() const { return mCharger != nullptr; }
 
   // Renews the charger and does the steps; returns at their end, at a failure, which is kept, or
   // when it was stopped. Throws CInterrupted. The watch is called every few ms and tells each step
   // that begins.
-  void Play(const CLibrary::SEntry& entry, const std::function<void()>& watch,
+  void Play(const SPlayed& played, const std::function<void()>& watch,
             const std::function<void(const std::string& step)>& tell);
 
   // From the watch.

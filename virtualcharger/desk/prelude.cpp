@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/ipc/genericcontrol.pb.h"
 #include "platform/ipc/sessionmanager.pb.h"
 #include "utils/settingscatalogue.h"
@@ -16,7 +18,7 @@ using Steps = std::vector<std::string>;
 std::string Stored(const std::string& key, const Json::Value& value) {
   if (value.isNull()) return "unset " + key;
   return fmt::format("set {} {}", key,
-                     value.isString() ? '"' + value.asString() + '"' : value.asString());
+                     value.isString() ? Quoted(value.asString()) : value.asString());
 }
 
 void AddSettings(Steps& steps, const Json::Value& before, const Json::Value& settings) {
@@ -49,9 +51,13 @@ void AddLifecycle(Steps& steps, const CProcesses& processes) {
   if (state->value != ipc::EStateEnabled) return;
   steps.push_back("expect state disabled");
   steps.push_back("enable");
-  for (const int error : ActiveErrors(processes)) {
-    steps.push_back(fmt::format("error {} on", error));
-  }
+}
+
+// The oldest one first: it is the one that is shown.
+void AddErrors(Steps& steps, const CProcesses& processes) {
+  auto errors = ActiveErrors(processes);
+  std::ranges::sort(errors, {}, [&](int error) { return processes.Signals().at(error).time; });
+  for (const int error : errors) steps.push_back(fmt::format("error {} on", error));
 }
 
 void AddProcesses(Steps& steps, const CProcesses& processes) {
@@ -73,22 +79,37 @@ void AddFaults(Steps& steps, const CFaults& faults) {
   }
 }
 
-}  // namespace
+// Nothing where a new charger would not show the same, or no scenario has a word for it.
+std::string LampExpectation(const CBench& bench) {
+  const auto lamp = bench.Lamp().words;
+  const bool same = bench.Processes().Runs(kDaemon) && bench.Hardware().Faults().All().empty();
+  return same && lamp.find("mixed") == std::string::npos ? "expect lamp " + lamp : "";
+}
 
-Steps Prelude(const CBench& bench, const Json::Value& newSettings, const Json::Value& settings) {
+Steps Lead(const CBench& bench, const Json::Value& newSettings, const Json::Value& settings,
+           const std::string& expectation) {
   Steps steps;
   AddSettings(steps, newSettings, settings);
   AddInputs(steps, bench);
   AddLifecycle(steps, bench.Processes());
-  const auto lamp = bench.Lamp().words;
-  if (bench.Processes().Runs(kDaemon) && lamp.find("mixed") == std::string::npos) {
-    steps.push_back("expect lamp " + lamp);
-  }
+  AddErrors(steps, bench.Processes());
+  if (!expectation.empty()) steps.push_back(expectation);
   if (bench.LogLevel() != CBench::kOwnLogLevel) {
     steps.push_back("log-level " + LogLevelName(bench.LogLevel()));
   }
   AddProcesses(steps, bench.Processes());
   AddFaults(steps, bench.Hardware().Faults());
+  return steps;
+}
+
+}  // namespace
+
+Steps StepsTo(const CBench& bench, const Json::Value& newSettings, const Json::Value& settings) {
+  return Lead(bench, newSettings, settings, "");
+}
+
+Steps Prelude(const CBench& bench, const Json::Value& newSettings, const Json::Value& settings) {
+  auto steps = Lead(bench, newSettings, settings, LampExpectation(bench));
   steps.emplace_back("mark");
   return steps;
 }

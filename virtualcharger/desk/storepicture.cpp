@@ -1,11 +1,13 @@
 #include "virtualcharger/desk/storepicture.h"
 
+#include <utility>
+
 #include "platform/kvconfig/storefile.h"
 #include "utils/settingscatalogue.h"
 
 SStorePicture ReadStorePicture(const std::string& path) {
-  const auto store = KvConfig::ReadStore(path);
-  SStorePicture picture{Json::Value(Json::objectValue), store.error};
+  auto store = KvConfig::ReadStore(path);
+  SStorePicture picture{Json::Value(Json::objectValue), std::move(store.text), store.error};
   if (!store.root) return picture;
   for (const auto& setting : kSettings) {
     const auto& section = KvConfig::SectionOf(*store.root, std::string(setting.section));

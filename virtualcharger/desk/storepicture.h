@@ -7,6 +7,7 @@
 
 struct SStorePicture {
   Json::Value settings;  // by key; null where the store has none
+  std::string text;      // of the whole file
   std::string error;     // why the store cannot be read; the settings are empty then
 };
 

@@ -51,9 +51,13 @@ std::optional<std::string> CBench::StartHardware() {
   return failure;
 }
 
-void CBench::Renew() {
+void CBench::Renew(const std::string& store) {
   mProcesses.Forget();
-  mProcesses.Root().WriteStore();
+  if (store.empty()) {
+    mProcesses.Root().WriteStore();
+  } else {
+    mProcesses.Root().WriteStore(store);
+  }
   SpareTheConsole();
   mHardware.Sensor().SetLux(0);
   mHardware.DarkenLamp();

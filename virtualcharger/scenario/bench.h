@@ -56,8 +56,9 @@ class CBench : public IBench {
   // has one thread.
   [[nodiscard]] std::optional<std::string> StartHardware();
   bool HasHardware() const { return !mReported; }
-  // With no process running: store, light and lamp as they are at the beginning.
-  void Renew();
+  // With no process running: light and lamp as they are at the beginning, and the store, unless it
+  // is to have this text.
+  void Renew(const std::string& store);
 
   // Takes in what has happened.
   void Look();

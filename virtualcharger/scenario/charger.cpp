@@ -29,12 +29,16 @@ void CCharger::Stop() {
   Await(mBench.Stop());
 }
 
-void CCharger::Renew() {
+void CCharger::Renew(const std::string& store) {
   mBench.Processes().TakeDeath();  // of another time
   Await(mBench.Stop());
-  mBench.Renew();
+  mBench.Renew(store);
   Mark();
-  Begin();
+  if (store.empty()) {
+    Begin();
+  } else {
+    Await(mBench.Processes().StartAll());  // the lamp is as the store says
+  }
 }
 
 std::string CCharger::Do(const StepAction& step) {

@@ -35,9 +35,9 @@ class CCharger : private IObserver {
   void Start();
   // Throws CStepFailure where something does not end orderly.
   void Stop();
-  // The same charger as it is when a scenario begins, whatever was done with it. Throws
-  // CStepFailure.
-  void Renew();
+  // The same charger as it is when a scenario begins, whatever was done with it; with a store of
+  // this text, where there is one. Throws CStepFailure.
+  void Renew(const std::string& store = {});
 
   // Nothing while no expectation waits. May be asked by the watcher.
   std::optional<SWaiting> Waiting() const;

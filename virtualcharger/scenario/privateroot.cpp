@@ -87,9 +87,20 @@ void CPrivateRoot::Keep() {
 }
 
 void CPrivateRoot::WriteStore() const {
+  WriteStore(fmt::format(kStore, Sockets()));
+}
+
+void CPrivateRoot::WriteStore(const std::string& text) const {
+  namespace fs = std::filesystem;
+  std::error_code ignored;  // told when the file cannot be opened
+  // Neither a link's target nor a FIFO's reader gets it.
+  if (!fs::is_regular_file(fs::symlink_status(Store(), ignored))) fs::remove(Store(), ignored);
+  errno = 0;
   std::ofstream store(Store());
-  store << fmt::format(kStore, Sockets());
-  if (!store.flush()) throw std::runtime_error("cannot write " + Store());
+  store << text;
+  if (store.flush()) return;
+  throw std::runtime_error(
+      fmt::format("cannot write {}: {}", Store(), std::generic_category().message(errno)));
 }
 
 CPrivateRoot::~CPrivateRoot() {

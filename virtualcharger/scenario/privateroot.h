@@ -16,8 +16,9 @@ class CPrivateRoot {
   // Removes it, unless it is to be kept.
   ~CPrivateRoot();
 
-  // The store as it is at the beginning. Throws std::runtime_error.
+  // The store as it is at the beginning, or with this text. Throws std::runtime_error.
   void WriteStore() const;
+  void WriteStore(const std::string& text) const;
 
   // Also when the next runs look for leftovers.
   void Keep();

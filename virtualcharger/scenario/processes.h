@@ -101,6 +101,7 @@ class CProcesses {
   // How many have come up to now, and when the last one.
   const SLast<unsigned>& AliveMessages() const { return mAliveMessages; }
   CPrivateRoot& Root() { return mRoot; }
+  const CPrivateRoot& Root() const { return mRoot; }
   CDaemonLog& DaemonLog() { return mLog; }
 
  private:

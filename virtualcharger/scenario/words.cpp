@@ -40,6 +40,10 @@ std::vector<std::string> SplitWords(std::string_view line) {
   }
 }
 
+std::string Quoted(const std::string& text) {
+  return text.find('"') == std::string::npos ? '"' + text + '"' : text;
+}
+
 std::string DashedName(std::string_view name) {
   std::string dashed;
   for (const char letter : name) {

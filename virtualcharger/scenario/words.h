@@ -17,6 +17,9 @@ class CParseError : public std::runtime_error {
 // begins a comment. Throws CParseError for a quote without its end and for a control character.
 std::vector<std::string> SplitWords(std::string_view line);
 
+// As one word of a line that is split again. A text with both blanks and quotes has none.
+std::string Quoted(const std::string& text);
+
 // "SuspendedByCar" becomes "suspended-by-car".
 std::string DashedName(std::string_view name);
 

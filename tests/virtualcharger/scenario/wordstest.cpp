@@ -23,6 +23,9 @@ TEST(ALine, IsCutIntoWords) {
   };
   for (const auto& [line, words] : cases) EXPECT_EQ(SplitWords(line), words) << line;
   EXPECT_THROW(SplitWords(R"(say "no end)"), CParseError);
+  for (const std::string word : {"", "a b", "#", R"(it"s)"}) {
+    EXPECT_EQ(SplitWords(Quoted(word)), Words{word});
+  }
 }
 
 TEST(AnEnumeratorsName, BecomesWordsWithDashes) {

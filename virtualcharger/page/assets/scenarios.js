@@ -3,6 +3,9 @@
 import { button, el, options, setText } from "./dom.js";
 import { group } from "./group.js";
 
+// As the desk names what leads back to the person's charger.
+const kWayBack = "bring-back";
+
 function player(desk) {
   const choice = el("select", { id: "scenario", "aria-label": "Scenario" });
   const about = el("p", { className: "muted" });
@@ -11,7 +14,10 @@ function player(desk) {
   let texts = new Map();
   const play = button("Play", () => own.ask({ type: "play", scenario: choice.value }, choice.value));
   const stop = button("Stop", () => own.ask({ type: "stop-play" }, "stop"));
-  const own = group(desk, "Play", el("div", { className: "line" }, choice, play, stop), about, progress, waiting);
+  const back = button("Bring back my charger", () => own.ask({ type: "bring-back" }, "your charger"), { hidden: true });
+  const warning = el("p", { className: "muted", textContent:
+    "A scenario begins with a new charger; yours can be brought back after it." });
+  const own = group(desk, "Play", el("div", { className: "line" }, choice, play, stop, back), about, warning, progress, waiting);
   const describe = () => setText(about, texts.get(choice.value) ?? "");
   choice.addEventListener("change", describe);
   return {
@@ -27,10 +33,12 @@ function player(desk) {
       const playing = now.scenario !== "" && !now.done;
       play.disabled = playing;
       stop.disabled = !playing;
+      back.hidden = !now.back || playing;
+      const cameOut = now.scenario === kWayBack ? "your charger is back" : `${now.scenario} came out as expected`;
       setText(progress, now.failed ? `✗ ${now.scenario}:${now.line}: ${now.failed}`
         : now.stopped ? `stopped in ${now.scenario}:${now.line}`
         : playing ? `${now.scenario}:${now.line}  ${now.text}`
-        : now.scenario ? `✓ ${now.scenario} came out as expected` : "");
+        : now.scenario ? `✓ ${cameOut}` : "");
       progress.classList.toggle("problem", now.failed !== "");
       setText(waiting, playing && now.waiting ? `waiting: ${now.waiting}` : "");
     },
