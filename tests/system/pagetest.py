@@ -1,6 +1,7 @@
 """The page in a real browser, on a real virtual charger: what a person does and sees."""
 
 import os
+import pathlib
 import sys
 import time
 import unittest
@@ -227,6 +228,21 @@ class ThePage(unittest.TestCase):
         self.page.wait_for("#daemon .fact", "disabled")
         self.page.type("#step", "enable", Keys.ENTER)
         self.page.wait_for("#daemon .fact", "enabled")
+
+    def test_names_a_daemon_that_does_not_come_to_serve_and_a_folder_that_is_gone(self):
+        desk = Desk(f"{NAME}-troubled")
+        page = Page(desk.url)
+        self.addCleanup(page.close)
+        store = next(pathlib.Path(desk.folder.name).glob("charger-*/etc/ovra.json"))
+        store.write_text(store.read_text().replace("/run\"", "/elsewhere\""))
+        page.press("#processes", "kill daemon")
+        page.press("#processes", "start daemon")
+        page.wait_for("#alerts", "The daemon has been starting since")
+        folder = store.parent.parent
+        folder.rename(f"{folder}-elsewhere")
+        page.wait_for("#alerts .bad", f"the run's folder {folder} is gone: end this charger (Ctrl-C)")
+        self.assertEqual(desk.end(), 0, desk.said)
+        self.assertEqual(desk.said.count("is gone: end this charger"), 1, desk.said)
 
     def test_lets_a_second_browser_without_the_token_look_but_not_steer(self):
         other = Page(self.desk.url.split("#")[0])

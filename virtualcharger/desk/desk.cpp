@@ -41,13 +41,14 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mLamp(bench.Hardware().Light(), bench.Hardware().LampWrites(), mClock),
       mOthers(registry, mFiles),
       mStoreFolder(mFiles.Add(bench.Processes().Root().StoreFolder())),
+      mRunFolder(bench.Processes().Root()),
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
       mNewSettings(mStore.settings),
       mKept(bench, mNewSettings),
       mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
       mMessages(mClock),
       mServer({mSettings.port, bench.Begin()}, *mInbox) {
-  mFiles.Add(bench.Processes().Root().Log("feedback"));
+  mFiles.Add(bench.Processes().Root().Path());
   mBench.Processes().HearOtherEvents([this](const std::string& peer, const std::string& kind,
                                             std::int64_t number, const std::string& text) {
     if (kind == "message") mMessages.Take(peer, number, text);
@@ -168,6 +169,7 @@ bool CDesk::IsInMotion() const {
 void CDesk::Publish() {
   mNews = false;
   mPublished = std::chrono::steady_clock::now();
+  LookForTrouble();
   mChronicle.Look();
   mRecorder.Show(mPublished, Shown());
   if (const auto lamp = mLamp.Next(mPublished)) mServer.Publish(Compact(*lamp));
@@ -195,6 +197,14 @@ void CDesk::PublishTokens() {
   mServer.PublishToWriters(Compact(message));
 }
 
+// On the terminal, too: the page may be closed.
+void CDesk::LookForTrouble() {
+  auto trouble = mRunFolder.Trouble();
+  if (trouble == mTrouble) return;
+  mTrouble = std::move(trouble);
+  if (!mTrouble.empty()) fmt::print(stderr, "virtual-charger: {}\n", mTrouble);
+}
+
 void CDesk::PublishRows(const char* type, Json::Value rows) {
   if (rows.empty()) return;
   auto message = mClock.Message(type);
@@ -206,6 +216,7 @@ Json::Value CDesk::State() const {
   auto state = Picture(mBench, mClock);
   state["settings"] = mStore.settings;
   state["storeError"] = mStore.error;
+  state["trouble"] = mTrouble;
   state["others"] = mOthers.Addresses();
   state["play"] = mPlay.State();
   state["play"]["back"] = mKept.IsThere();

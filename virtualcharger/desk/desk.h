@@ -18,6 +18,7 @@
 #include "virtualcharger/desk/others.h"
 #include "virtualcharger/desk/play.h"
 #include "virtualcharger/desk/recorder.h"
+#include "virtualcharger/desk/runfolder.h"
 #include "virtualcharger/desk/storepicture.h"
 #include "virtualcharger/page/deskregistry.h"
 #include "virtualcharger/scenario/interrupt.h"
@@ -77,6 +78,7 @@ class CDesk {
   bool GoOn(SUnderWay& step);
   void Tell(const SUnderWay& step, bool ok, const std::string& text);
   bool IsInMotion() const;
+  void LookForTrouble();
   void Publish();
   Json::Value State() const;
   void Greet(CInbox::ClientId client, bool mayWrite);
@@ -97,6 +99,8 @@ class CDesk {
   CFileNotice mFiles;
   COthers mOthers;
   const int mStoreFolder;
+  CRunFolder mRunFolder;
+  std::string mTrouble;  // with it
   SStorePicture mStore;
   const Json::Value mNewSettings;
   CKeptCharger mKept;

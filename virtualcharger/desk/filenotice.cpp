@@ -22,8 +22,8 @@ CFileNotice::CFileNotice()
 
 int CFileNotice::Add(const std::string& path) {
   // IN_CREATE for what is complete as it appears: folders, links, sockets.
-  constexpr auto changes =
-      IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE | IN_ATTRIB;
+  constexpr auto changes = IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
+                           IN_CREATE | IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF;
   return Checked(inotify_add_watch(mInotify.Get(), path.c_str(), changes), path);
 }
 

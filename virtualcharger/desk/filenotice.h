@@ -12,8 +12,8 @@ class CFileNotice {
   // Throws std::system_error.
   CFileNotice();
 
-  // A file that grows, or a folder in which a file is written, replaced, made or removed. Throws
-  // std::system_error.
+  // A file that grows, or a folder in which something is written, replaced, made or removed, as the
+  // folder itself may be. Throws std::system_error.
   int Add(const std::string& path);
 
   // Readable when something changed.

@@ -23,6 +23,7 @@ Json::Value ProcessList(const CProcesses& processes, const CPageClock& clock) {
     process["status"] = StatusName(status);
     process["since"] = clock(status.since);
     process["detail"] = status.detail;
+    process["log"] = processes.Root().Log(name == kDaemon ? "feedback" : name);
     list.append(process);
   }
   return list;

@@ -202,7 +202,8 @@ Deed CProcesses::Unsubscribed() const {
 }
 
 void CProcesses::CheckSocketsAreGone() const {
-  for (const auto& entry : std::filesystem::directory_iterator(mRoot.Sockets())) {
+  std::error_code ignored;  // no folder, no socket
+  for (const auto& entry : std::filesystem::directory_iterator(mRoot.Sockets(), ignored)) {
     const auto name = entry.path().filename().string();
     if (entry.is_socket() && name.starts_with("Feedback")) {
       throw CStepFailure("the daemon has ended and left its socket " + name);

@@ -10,6 +10,9 @@ const kAbout = {
   stopped: [(name) => `The ${name} is stopped`, "start", "warn"],
 };
 
+// A start that takes longer has a reason.
+const kPatience = 4000;
+
 const kLinks = {
   lost: "The connection to the charger is lost. Whatever is shown below is what was known last; trying again by itself.",
   silent: "The charger has been silent for some seconds. Whatever is shown below may be old.",
@@ -48,6 +51,8 @@ export function alerts(desk) {
   let greeting = null;
   let state = null;
 
+  let later = null;
+
   const set = (key, text, kind, ...actions) => alertsNow.set(key, { text, kind, actions });
 
   const processAlert = ({ name, status, since, detail }) => {
@@ -61,11 +66,25 @@ export function alerts(desk) {
     set(name, text, name === "daemon" ? kind.replace("warn", "bad") : kind, act);
   };
 
+  const startAlert = ({ name, status, since, log }) => {
+    if (status !== "starting") return;
+    const left = since + kPatience - clock.now();
+    if (left > 0) {
+      later = setTimeout(refresh, left + 1);
+      return;
+    }
+    const why = name === "daemon" ? "its log below says why" : `its log ${log} says why`;
+    set(name, `The ${words(name)} has been starting since ${clock.text(since)}; ${why}.`, "bad");
+  };
+
   const refresh = () => {
+    clearTimeout(later);
     alertsNow.clear();
     if (kLinks[link.status]) set("link", kLinks[link.status], "bad", button("Try now", desk.retryNow));
     if (state && link.status !== "lost") {
+      if (state.trouble) set("trouble", `${state.trouble[0].toUpperCase()}${state.trouble.slice(1)}.`, "bad");
       state.processes.forEach(processAlert);
+      state.processes.forEach(startAlert);
       if (state.storeError) set("store", state.storeError, "warn");
       if (state.play.failed) set("play", `Scenario ${state.play.scenario}, line ${state.play.line}: ${state.play.failed}`, "warn");
     }
