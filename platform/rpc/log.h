@@ -18,10 +18,16 @@ ILogger* CurrentLogger();
 using LogLevel = void (ILogger::*)(const std::string&);
 
 // Write(&ILogger::Warning, "text with {}", value)
+//
+// A logger that throws, on a full disk for instance, costs its line and nothing of what goes on.
 template <typename... Arguments>
-void Write(LogLevel level, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  if (ILogger* logger = CurrentLogger()) {
-    (logger->*level)(fmt::format(format, std::forward<Arguments>(arguments)...));
+void Write(LogLevel level, fmt::format_string<Arguments...> format,
+           Arguments&&... arguments) noexcept {
+  try {
+    if (ILogger* logger = CurrentLogger()) {
+      (logger->*level)(fmt::format(format, std::forward<Arguments>(arguments)...));
+    }
+  } catch (...) {
   }
 }
 

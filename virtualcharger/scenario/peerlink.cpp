@@ -1,6 +1,5 @@
 #include "virtualcharger/scenario/peerlink.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -30,7 +29,12 @@ CPeerLink::~CPeerLink() {
   close(mDescriptor);
 }
 
-void CPeerLink::Read() {
+pollfd CPeerLink::Input() const {
+  return {mDescriptor, static_cast<short>(mUnsent.empty() ? POLLIN : POLLIN | POLLOUT), 0};
+}
+
+void CPeerLink::Look() {
+  HandOn();
   pollfd input{mDescriptor, POLLIN, 0};
   while (poll(&input, 1, 0) > 0 && mLines.ReadFrom(mDescriptor)) {
   }
@@ -38,11 +42,19 @@ void CPeerLink::Read() {
 }
 
 std::shared_ptr<const SCommand> CPeerLink::Send(const std::string& command) {
-  const auto line = std::to_string(++mLastNumber) + ' ' + command + '\n';
-  // A peer that is gone is noticed as a process that has ended.
-  [[maybe_unused]] const auto sent =
-      send(mDescriptor, line.data(), line.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  mUnsent += std::to_string(++mLastNumber) + ' ' + command + '\n';
+  HandOn();
   return mCommands[mLastNumber] = std::make_shared<SCommand>();
+}
+
+// A peer that is gone is noticed as a process that has ended.
+void CPeerLink::HandOn() {
+  while (!mUnsent.empty()) {
+    const auto sent =
+        send(mDescriptor, mUnsent.data(), mUnsent.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent <= 0) return;
+    mUnsent.erase(0, static_cast<std::size_t>(sent));
+  }
 }
 
 void CPeerLink::Understand(const std::string& line) {

@@ -1,6 +1,8 @@
 // A peer in its own process, and the lines that go to it and come from it.
 #pragma once
 
+#include <poll.h>
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -33,24 +35,27 @@ class CPeerLink {
   ~CPeerLink();
 
   CChildProcess& Process() { return *mProcess; }
-  int Descriptor() const { return mDescriptor; }
+  // To be polled: for what the peer tells, and for room where it has not taken all commands yet.
+  pollfd Input() const;
 
-  // Takes in what the peer has told since the last time.
-  void Read();
+  // Takes in what the peer has told since the last time, and hands on commands that had no room.
+  void Look();
 
   bool IsServing() const { return mServing; }
   std::size_t Subscribers() const { return mSubscribers; }
 
-  // Several may be on their way; the peer takes one after the other.
+  // Many may be on their way; the peer takes one after the other.
   std::shared_ptr<const SCommand> Send(const std::string& command);
 
  private:
+  void HandOn();
   void Understand(const std::string& line);
 
   const EventHandler mOnEvent;
   int mDescriptor = -1;
   std::optional<CChildProcess> mProcess;
   CLineBuffer mLines;
+  std::string mUnsent;
   bool mServing = false;
   std::size_t mSubscribers = 0;
   std::int64_t mLastNumber = 0;

@@ -37,7 +37,7 @@ void CProcesses::Forget() {
 
 void CProcesses::Look() {
   for (const auto& [name, process] : mProcesses) {
-    if (process.link) process.link->Read();
+    if (process.link) process.link->Look();
   }
   for (auto& [name, process] : mProcesses) {
     CheckEnd(name, process);
@@ -59,7 +59,7 @@ void CProcesses::Look() {
 std::vector<pollfd> CProcesses::Inputs() const {
   std::vector<pollfd> inputs;
   for (const auto& [name, process] : mProcesses) {
-    if (process.link) inputs.push_back({process.link->Descriptor(), POLLIN, 0});
+    if (process.link) inputs.push_back(process.link->Input());
     if (const auto* child = Child(process)) inputs.push_back({child->Descriptor(), POLLIN, 0});
   }
   return inputs;
@@ -108,7 +108,7 @@ void CProcesses::CheckEnd(const std::string& name, SProcess& process) {
   auto* child = Child(process);
   if (child == nullptr || !child->Ended()) return;
   const auto end = DescribeEnd(*child->Ended());
-  if (process.link) process.link->Read();
+  if (process.link) process.link->Look();
   process.link.reset();
   process.daemon.reset();
   SetState(process, process.asked ? EProcessState::Stopped : EProcessState::Dead, end);

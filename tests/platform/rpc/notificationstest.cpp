@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <vector>
 
 #include "platform/rpc/communicationexception.h"
 #include "platform/rpc/interfaces/genericcontrol.h"
+#include "platform/rpc/log.h"
 #include "tests/platform/rpc/hosts.h"
 #include "tests/support/fakediagnostics.h"
 
@@ -69,14 +71,30 @@ TEST_F(ASubscription, AnnouncementsReturnWhenTheSubscriberHasHandledThem) {
   EXPECT_TRUE(handled);
 }
 
-TEST_F(ASubscription, StartsWhenTheServiceAppearsAndIsRenewedWhenItComesBack) {
-  Subscribe();
-  for (const int state : {4, 5, 6}) {
-    StartSessionManager();
-    mSessionManager->Announce(state);
-    EXPECT_EQ(mHeard.Next(), state);
-    mServer.reset();
+class LoggerOnAFullDisk : public Rpc::ILogger {
+ public:
+  void Critical(const std::string& message) override { Error(message); }
+  void Error(const std::string&) override { throw std::runtime_error("no space left"); }
+  void Warning(const std::string& message) override { Error(message); }
+  void Info(const std::string& message) override { Error(message); }
+  void Debug(const std::string& message) override { Error(message); }
+  void Trace(const std::string& message) override { Error(message); }
+};
+
+TEST_F(ASubscription, StartsWhenTheServiceAppearsAndIsRenewedWhenItComesBackWhateverTheLoggerDoes) {
+  for (const auto& logger :
+       {std::shared_ptr<LoggerOnAFullDisk>(), std::make_shared<LoggerOnAFullDisk>()}) {
+    Rpc::SetLogger(logger);
+    Subscribe();
+    for (const int state : {4, 5, 6}) {
+      StartSessionManager();
+      mSessionManager->Announce(state);
+      EXPECT_EQ(mHeard.Next(), state);
+      mServer.reset();
+    }
+    mClient.reset();
   }
+  Rpc::SetLogger(nullptr);
 }
 
 TEST_F(ASubscription, GoesOnAfterACallbackThatThrew) {

@@ -84,7 +84,7 @@ TEST(APeerLink, UnderstandsWhatThePeerTells) {
   const auto command = link->Send("connector 5");
   EXPECT_FALSE(command->outcome);
   ASSERT_TRUE(Eventually([&] {
-    link->Read();
+    link->Look();
     return command->outcome.has_value();
   }));
   EXPECT_TRUE(link->IsServing());
@@ -94,6 +94,20 @@ TEST(APeerLink, UnderstandsWhatThePeerTells) {
   const auto last = link->Send("connector 6");
   link.reset();
   EXPECT_TRUE(last->lost);
+}
+
+TEST(APeerLink, KeepsWhatThePeerHasNoRoomFor) {
+  CPeerLink link(Shell("read go; while read number rest; do echo reply $number $rest; done"),
+                 STDERR_FILENO, [](const auto&...) {});
+  const std::string command(1000, 'x');
+  std::vector<std::shared_ptr<const SCommand>> commands;
+  while (commands.size() < 1000) commands.push_back(link.Send(command));
+  ASSERT_TRUE(Eventually([&] {
+    link.Look();
+    return commands.back()->outcome.has_value();
+  }));
+  commands.erase(commands.begin());  // it is the "go"
+  for (const auto& each : commands) EXPECT_EQ(each->outcome, command);
 }
 
 }  // namespace
