@@ -57,9 +57,12 @@ std::string Remedy(const std::string& service, const std::string& reason) {
   if (reason.ends_with(kRefusesUser)) {
     return "become root, or name the user in the store's AllowedUsers";
   }
+  if (reason.ends_with(kHangs)) {
+    return "the process hangs or is stopped: let it go on, or restart it";
+  }
   const bool isOwn =
       service == kControlService || service == kLogService || service == kFeedbackService;
-  return isOwn ? "start the daemon, or restart one that hangs"
+  return isOwn ? "start the daemon"
                : "start the process that offers it; the daemon finds it by itself";
 }
 
@@ -98,7 +101,8 @@ Checks CheckStoreFile(const CInvocation& invocation) {
       add(EVerdict::EOk, path, "");
     }
   } catch (const std::runtime_error& error) {
-    add(EVerdict::EFailed, error.what(), "write one; an empty object, {}, means all defaults");
+    add(EVerdict::EFailed, error.what(),
+        "write one; an empty object, {}, means all defaults, also for where the sockets are");
   }
   return checks;
 }

@@ -29,7 +29,7 @@ std::string Failure(const std::string& path) {
     case ENAMETOOLONG:
       return path + " is too long for a socket's path";
     case EAGAIN:
-      return path + " does not answer";
+      return fmt::format("{} {}", path, kHangs);
     case EPIPE:
     case ECONNRESET:
       return fmt::format("{} closes the connection: {}", path, kRefusesUser);

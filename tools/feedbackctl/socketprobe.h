@@ -9,6 +9,8 @@
 
 // The end of what happened where the service does not take this user.
 inline constexpr std::string_view kRefusesUser = "this user may not use it";
+// And where its process does nothing.
+inline constexpr std::string_view kHangs = "does not answer";
 
 // Greets as an HTTP/2 client does, which every gRPC server answers before any call. Empty when it
 // answers within a second, else what happened, with the path.

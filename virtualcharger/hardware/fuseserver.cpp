@@ -277,5 +277,8 @@ CFuseServer::~CFuseServer() = default;
 std::optional<std::string> CFuseServer::Start(const std::string& mountPoint) {
   if (mSession->Start(mountPoint)) return std::nullopt;
   const auto error = std::error_code(errno, std::generic_category()).message();
-  return "cannot mount the virtual hardware on " + mountPoint + ": " + error;
+  return "cannot mount the virtual hardware on " + mountPoint + ": " + error +
+         "; /dev/fuse must be the kernel's own: load the module with 'sudo modprobe fuse', or "
+         "start "
+         "the container with --device /dev/fuse --cap-add SYS_ADMIN";
 }

@@ -60,24 +60,28 @@ void RemoveLeftovers(const std::string& parent) {
   }
 }
 
+std::string MakeFolder() {
+  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+  std::string path = runtime != nullptr && *runtime == '/' && IsUsable(runtime) ? runtime : "/tmp";
+  RemoveLeftovers(path);
+  path += kPattern;
+  if (mkdtemp(path.data()) != nullptr) return path;
+  throw std::runtime_error(
+      fmt::format("cannot make a folder {}: {}", path, std::generic_category().message(errno)));
+}
+
 }  // namespace
 
-CPrivateRoot::CPrivateRoot() {
-  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-  mPath = runtime != nullptr && *runtime == '/' && IsUsable(runtime) ? runtime : "/tmp";
-  RemoveLeftovers(mPath);
-  mPath += kPattern;
-  if (mkdtemp(mPath.data()) == nullptr) {
-    throw std::runtime_error(
-        fmt::format("cannot make a folder {}: {}", mPath, std::generic_category().message(errno)));
-  }
+// From here on the destructor takes it away, whatever fails.
+CPrivateRoot::CPrivateRoot() : CPrivateRoot(MakeFolder()) {
   std::filesystem::create_directory(mPath + "/etc");
   WriteStore();
   // Under its name only when it is held: a run that begins now must not take it for a leftover.
   const auto lock = mPath + kLock;
   mLock = Lock(lock + ".new", O_CREAT | O_EXCL);
   if (!mLock || rename((lock + ".new").c_str(), lock.c_str()) != 0) {
-    throw std::runtime_error("cannot lock " + lock);
+    throw std::runtime_error(
+        fmt::format("cannot lock {}: {}", lock, std::generic_category().message(errno)));
   }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "platform/os/descriptor.h"
 
@@ -31,7 +32,9 @@ class CPrivateRoot {
   std::string Log(const std::string& process) const { return mPath + '/' + process + ".log"; }
 
  private:
-  std::string mPath;
+  explicit CPrivateRoot(std::string path) : mPath(std::move(path)) {}
+
+  const std::string mPath;
   CDescriptor mLock;  // of a file in it: held as long as this run lives
   bool mKeep = false;
 };

@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 #include "virtualcharger/scenario/batch.h"
@@ -19,15 +21,20 @@ namespace {
 class CJUnitFile {
  public:
   explicit CJUnitFile(const std::string& path) : mPath(path), mFile(path, std::ios::trunc) {
-    if (!mFile) throw std::runtime_error("cannot write " + path);
+    if (!mFile) Fail();
   }
 
   void Write(const std::string& suites) {
     mFile << JUnitXml(suites);
-    if (!mFile.flush()) throw std::runtime_error("cannot write " + mPath);
+    if (!mFile.flush()) Fail();
   }
 
  private:
+  [[noreturn]] void Fail() const {
+    throw std::runtime_error(
+        fmt::format("cannot write {}: {}", mPath, std::generic_category().message(errno)));
+  }
+
   const std::string mPath;
   std::ofstream mFile;
 };
@@ -98,6 +105,6 @@ int Run(const SRunOptions& options) {
     return status;
   } catch (const std::exception& exception) {
     fmt::print(stderr, "virtual-charger: {}\n", exception.what());
-    return Status(EExit::Usage);
+    return Status(EExit::Failed);
   }
 }
