@@ -7,6 +7,7 @@ import time
 import unittest
 
 from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
 from desk import Desk
@@ -58,6 +59,24 @@ def beginning(frames, lights, earliest, latest):
         earliest, latest = best - step, best + step
     return best
 
+
+# What can take the focus; what of it was reached, could not be seen to have it, or was covered.
+WATCH_FOCUS = """
+document.activeElement.blur();
+window.controls = () => [...document.querySelectorAll("a[href], button, input, select, canvas[tabindex], [role=log]")]
+  .filter((each) => each.checkVisibility() && !each.matches(":disabled"));
+window.named = (each) => each.outerHTML;
+[window.reached, window.unseen, window.covered] = [new Set(), [], []];
+addEventListener("focusin", ({ target }) => {
+  reached.add(target);
+  if (getComputedStyle(target).outlineStyle === "none") unseen.push(named(target));
+});
+addEventListener("focusout", ({ target }) => {
+  const box = target.getBoundingClientRect();
+  const shown = document.elementFromPoint(box.x + box.width / 2, box.y + Math.min(box.height / 2, 20));
+  if (!target.matches(".skip") && !target.contains(shown)) covered.push(named(target));
+});
+"""
 
 NAME = f"page-{os.getpid()}"
 
@@ -266,8 +285,16 @@ class ThePage(unittest.TestCase):
 
     def test_is_worked_by_the_keyboard_alone(self):
         page = self.page
+        self.addCleanup(page.resize, 1440, 900)
+        page.resize(390, 844)
         page.browser.refresh()
         page.wait_for("#link", "live")
+        page.press_keys(Keys.TAB, Keys.ENTER)
+        page.press_keys(Keys.TAB)
+        self.assertEqual(page.browser.switch_to.active_element.get_attribute("id"), "enable", "the skip link")
+        page.press_keys("t")
+        page.press_keys("?", Keys.ESCAPE)
+        self.assertEqual(page.browser.switch_to.active_element.tag_name, "canvas", "the dialog gives the focus back")
         page.press_keys("c", Keys.ENTER)
         page.wait_for("#daemon .note.good", "✓")
         page.press_keys("r")
@@ -277,18 +304,41 @@ class ThePage(unittest.TestCase):
         page.press_keys(Keys.SHIFT + Keys.TAB)
         page.press_keys(Keys.ENTER)
         page.wait_for_lamp("Green on")
-        page.run("document.activeElement.blur(); window.seen = [];"
-                 "addEventListener('focusin', ({target}) => seen.push([target, getComputedStyle(target).outlineStyle]))")
-        wanted = page.run(
-            "return [...document.querySelectorAll('a[href], button, input, select, canvas[tabindex], [role=log]')]"
-            ".filter((each) => each.checkVisibility() && !each.matches(':disabled')).length")
-        ActionChains(page.browser).send_keys(Keys.TAB * (wanted + 20)).perform()
-        missed, unseen = page.run(
-            "const reached = seen.map(([each]) => each);"
-            "return [[...document.querySelectorAll('a[href], button, input, select, canvas[tabindex], [role=log]')]"
-            ".filter((each) => each.checkVisibility() && !each.matches(':disabled') && !reached.includes(each))"
-            ".map((each) => each.outerHTML), seen.filter(([, outline]) => outline === 'none').map(([each]) => each.outerHTML)]")
-        self.assertEqual((missed, unseen), ([], []))
+        page.run(WATCH_FOCUS)
+        ActionChains(page.browser).send_keys(Keys.TAB * (page.run("return controls().length") + 20)).perform()
+        self.assertEqual(page.run("return [controls().filter((each) => !reached.has(each)).map(named), unseen, covered]"),
+                         [[], [], []])
+
+    def test_keeps_the_lamp_in_sight_and_each_part_one_tap_away_on_a_phone(self):
+        page = self.page
+        self.addCleanup(page.resize, 1440, 900)
+        page.resize(390, 844)
+        page.press("#daemon", "charging")
+        page.wait_for_lamp("Blue pulsating")
+        for link in page.browser.find_elements(By.CSS_SELECTOR, "#places a"):
+            part = link.get_attribute("href").split("#")[1]
+            link.click()
+            with self.subTest(part):
+                lamp, lens, top, bottom = page.run("""
+                    const box = (id) => document.getElementById(id).getBoundingClientRect();
+                    return [box("face").top, document.querySelector(".lens").getBoundingClientRect().height,
+                            box(arguments[0]).top - box("face").bottom, box("places").top - box(arguments[0]).top]""", part)
+                self.assertEqual((lamp >= 0, lens >= 64), (True, True), "the lamp")
+                self.assertEqual((top >= 0, bottom >= 100), (True, True), "the part's head")
+        self.assertGreater(max(max(frame["colour"]) for frame in page.frames(5800)), 200, "the strip's lamp")
+        page.press("#daemon", "connected")
+        page.wait_for_lamp("Green on")
+
+    def test_tells_those_who_hear_it_the_name_of_every_control(self):
+        nodes = [node for node in self.page.browser.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]
+                 if not node["ignored"]]
+        said = [(node["role"]["value"], node.get("name", {}).get("value", ""),
+                 {each["name"]: each["value"].get("value") for each in node.get("properties", [])}) for node in nodes]
+        self.assertEqual([(role, facts) for role, name, facts in said
+                          if name == "" and facts.get("focusable") and role != "generic"], [])
+        levels = [facts["level"] for role, _, facts in said if role == "heading"]
+        self.assertEqual(levels[0], 1)
+        self.assertLessEqual(max(after - before for before, after in zip(levels, levels[1:])), 1, levels)
 
     def test_reads_the_time_line_at_a_moment_with_the_arrow_keys(self):
         self.page.press("#daemon", "charging")
@@ -345,10 +395,13 @@ class ThePage(unittest.TestCase):
 
     def test_fits_every_width_without_scrolling_sideways(self):
         self.addCleanup(self.page.resize, 1440, 900)
-        for width in (360, 390, 768, 1024, 1440, 2560):
+        for width in (320, 390, 640, 768, 1024, 1440, 2560):
             self.page.resize(width, 900)
-            self.assertEqual(self.page.run("const page = document.documentElement;"
-                                           "return page.scrollWidth - page.clientWidth"), 0, width)
+            self.assertEqual(self.page.run(
+                "return [...document.querySelectorAll('body *')].filter((each) => each.checkVisibility() &&"
+                "!each.closest('#places, .pattern, .unseen') &&"
+                "each.getBoundingClientRect().right > document.documentElement.clientWidth + 1)"
+                ".map((each) => each.outerHTML)"), [], width)
 
     def test_can_be_read_in_light_and_dark(self):
         self.raise_error("1004")

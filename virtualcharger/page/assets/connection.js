@@ -9,13 +9,14 @@ const kLongestPause = 5000;
 const kSilence = 7000;
 
 const kTokenKey = "token";
+// Any other fragment is a place on the page.
+const kToken = /^#[0-9a-f]{32}$/;
 
 // The token stands in the address's fragment, which never leaves the browser. It is kept for
 // reloads and taken out of the address, which people show around.
 export function takeToken() {
-  const given = location.hash.slice(1);
-  if (given) {
-    sessionStorage.setItem(kTokenKey, given);
+  if (kToken.test(location.hash)) {
+    sessionStorage.setItem(kTokenKey, location.hash.slice(1));
     history.replaceState(null, "", location.pathname);
   }
   return sessionStorage.getItem(kTokenKey) ?? "";
@@ -86,7 +87,7 @@ export function connect({ token, onMessage, onLink }) {
   };
 
   // The full address put into a page that is open already changes only the fragment.
-  addEventListener("hashchange", () => location.hash && reopen());
+  addEventListener("hashchange", () => kToken.test(location.hash) && reopen());
   open();
 
   return {

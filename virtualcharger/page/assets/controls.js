@@ -14,11 +14,12 @@ function fact() {
 
 function lifecycle(desk) {
   const state = fact();
-  const alive = el("p", { className: "muted" });
-  const own = group(desk, "Lifecycle", el("div", { className: "line" }, state.root, alive),
-    el("div", { className: "buttons" },
-      button("Enable", () => own.step("enable"), { id: "enable" }),
-      button("Disable", () => own.step("disable"), { id: "disable" })));
+  const alive = el("span", { className: "muted" });
+  const own = group(desk, "Lifecycle", el("div", { className: "buttons" },
+    button("Enable", () => own.step("enable"), { id: "enable" }),
+    button("Disable", () => own.step("disable"), { id: "disable" })));
+  own.heading.after(state.root);
+  state.root.append(alive);
   return {
     root: own.root,
     state(message) {
@@ -32,7 +33,8 @@ function connector(desk) {
   const state = fact();
   const buttons = new Map();
   const list = el("div", { className: "states" });
-  const own = group(desk, "Connector", state.root, list);
+  const own = group(desk, "Connector", list);
+  own.heading.after(state.root);
   return {
     root: own.root,
     hello(hello) {

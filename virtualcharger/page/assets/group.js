@@ -18,7 +18,7 @@ export function group(desk, title, ...children) {
   const note = el("output", { className: "note", role: "status" });
   const root = el("fieldset", { className: "group steer", "aria-labelledby": heading.id },
     el("div", { className: "grouphead" }, heading, note), ...children);
-  return { root, ...asker(desk, note) };
+  return { root, heading, ...asker(desk, note) };
 }
 
 // The one group of a card: its note stands beside the card's own heading.

@@ -1,4 +1,4 @@
-// What the lamp shows in words and numbers, and whether the daemon says the same.
+// What the lamp shows in words, how bright it is, and whether the daemon says the same.
 
 import { el, setText } from "./dom.js";
 import { showAge } from "./clock.js";
@@ -21,24 +21,9 @@ export function lampNumbers(root) {
   const percent = el("span", { className: "figure" });
   const age = el("span", { className: "muted" });
   const reported = el("p", { className: "reported" });
-  const rows = el("tbody");
   root.append(el("div", { className: "numbers" },
     el("div", { className: "headlines" }, shown, percent),
-    el("div", { className: "headlines" }, reported, age),
-    el("div", { className: "scroll" }, el("table", { className: "channels" },
-      el("caption", { className: "unseen", textContent: "What each channel plays" }),
-      el("thead", {}, el("tr", {}, ...["channel", "min", "max", "pattern"].map(
-        (text) => el("th", { scope: "col", textContent: text })))), rows))));
-
-  const cells = [];
-  const rowFor = (index) => {
-    if (!cells[index]) {
-      const [name, ...values] = [el("th", { scope: "row" }), el("td"), el("td"), el("div", { className: "pattern" })];
-      cells[index] = [name, ...values];
-      rows.append(el("tr", {}, name, values[0], values[1], el("td", {}, values[2])));
-    }
-    return cells[index];
-  };
+    el("div", { className: "headlines" }, reported, age)));
 
   return {
     state({ lamp }) {
@@ -50,12 +35,6 @@ export function lampNumbers(root) {
       setText(reported, lamp.reported === "" ? "nothing reported yet"
         : same ? `✓ reported ${lamp.reported}`
         : `≠ reported ${lamp.reported}, but shows ${shownAs(lamp)}`);
-      lamp.channels.forEach((channel, index) => {
-        const playing = channel.trigger === "pattern";
-        const texts = [channel.name, channel.minimum, channel.maximum,
-          channel.pattern || (playing ? "no pattern" : `trigger ${channel.trigger}`)];
-        rowFor(index).forEach((cell, column) => setText(cell, String(texts[column])));
-      });
     },
   };
 }

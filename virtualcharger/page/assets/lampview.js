@@ -5,6 +5,8 @@ import { fitCanvas, onFrame } from "./frames.js";
 import { el } from "./dom.js";
 
 const kTurn = 2 * Math.PI;
+// Below this height the lens takes the room of its glow.
+const kSmall = 150;
 
 export function lampView(root) {
   const canvas = el("canvas", { className: "lens", role: "img", "aria-label": "The lamp" });
@@ -23,7 +25,7 @@ export function lampView(root) {
   const draw = (colour) => {
     const [width, height] = size;
     const [x, y] = [width / 2, height / 2];
-    const radius = Math.min(width, height) * 0.27;
+    const radius = Math.min(width, height) * (height < kSmall ? 0.38 : 0.27);
     context.clearRect(0, 0, width, height);
     if (colour && !still.matches) glow(context, x, y, radius, colour);
     housing(context, x, y, radius);

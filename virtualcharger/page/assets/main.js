@@ -4,6 +4,7 @@
 import { alerts } from "./alerts.js";
 import { ambient } from "./ambient.js";
 import { byId } from "./dom.js";
+import { channels } from "./channels.js";
 import { connect, takeToken } from "./connection.js";
 import { controls } from "./controls.js";
 import { errors } from "./errors.js";
@@ -16,6 +17,7 @@ import { messages } from "./messages.js";
 import { meter } from "./meter.js";
 import { others } from "./others.js";
 import { partsOf } from "./parts.js";
+import { places } from "./places.js";
 import { processes } from "./processes.js";
 import { recording } from "./recording.js";
 import { scenarios } from "./scenarios.js";
@@ -37,8 +39,9 @@ const timeline = timelinePart(byId("timeline"));
 const parts = [
   status(),
   others(byId("others")),
-  lampView(byId("lamp")),
-  lampNumbers(byId("lamp")),
+  lampView(byId("face")),
+  lampNumbers(byId("face")),
+  channels(byId("channels")),
   meter(byId("meter"), desk),
   speaker(byId("speaker")),
   controls(byId("daemon"), desk),
@@ -56,5 +59,6 @@ const parts = [
   alerts(desk),
 ];
 keys(timeline);
+places();
 startFrames();
 connection = connect({ token: takeToken, ...partsOf(parts) });

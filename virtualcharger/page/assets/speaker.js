@@ -4,7 +4,7 @@
 import { clock, durationText, showAge } from "./clock.js";
 import { byId, el, setText } from "./dom.js";
 
-const kShown = 5;
+const kShown = 3;
 // Begin and end of a tone come with unlike delay; played this much later, its length is right.
 const kDelay = 0.08;
 const kLoudest = 0.12;

@@ -23,7 +23,7 @@ export function timelinePart(root) {
     ...kLanes.map(({ title }, index) => el("div", {}, el("dt", { textContent: title }), values[index])));
   const pause = button("Pause", () => hold(end === null), { id: "pause" });
   const zooms = kMinutes.map((minutes) => button(`${minutes} min`, () => zoom(minutes)));
-  root.append(el("div", { className: "filters" }, pause,
+  root.append(el("div", { className: "filters" }, root.querySelector("h2"), pause,
     el("div", { className: "buttons small", role: "group", "aria-label": "Zoom" }, ...zooms),
     el("span", { className: "muted", textContent: "Point, click or use the arrow keys to read a moment; Esc lets it go." })),
     canvas, readout);
