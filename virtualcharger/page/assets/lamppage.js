@@ -31,12 +31,13 @@ function fewWords() {
     hello({ name }) {
       document.title = `The lamp of ${name}`;
     },
-    state({ lamp, connector, lifecycle, processes }) {
+    state({ lamp, connector, lifecycle, processes, trouble }) {
       setText(byId("light"), lampText(lamp));
       const about = lifecycle.state === "enabled" ? [connector] : [connector, lifecycle];
       setText(byId("charger"), about.map(({ state }) => words(state)).join(", "));
       troubles = processes.filter(({ status }) => kTroubles.includes(status))
         .map(({ name, status }) => `${words(name)} ${status}`);
+      if (trouble) troubles.unshift("files gone");
       showTrouble();
     },
   };
