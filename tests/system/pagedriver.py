@@ -61,9 +61,10 @@ class Page:
         self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
             "width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
 
-    def prefer(self, scheme):
+    def prefer(self, scheme="light", motion="no-preference"):
         self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {
-            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            "features": [{"name": "prefers-color-scheme", "value": scheme},
+                         {"name": "prefers-reduced-motion", "value": motion}]})
 
     def run(self, script, *arguments):
         return self.browser.execute_script(script, *arguments)

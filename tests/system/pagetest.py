@@ -32,16 +32,37 @@ const background = (element) => {
   }
   return [255, 255, 255];
 };
+const ratio = (one, other) => {
+  const [light, dark] = [luminance(one), luminance(other)].sort((a, b) => b - a);
+  return (light + 0.05) / (dark + 0.05);
+};
 const found = [];
+const check = (what, element, colour, place, least) => {
+  const seen = ratio(parse(colour), place);
+  if (seen < least) found.push(`${what} of ${element.tagName}.${element.className} "${element.innerText}": ${seen.toFixed(2)}`);
+};
 for (const element of document.querySelectorAll("body *")) {
-  const says = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
-  if (!says || !element.checkVisibility() || element.matches(":disabled, :disabled *, .unseen, .skip, .screen *")) continue;
+  if (!element.checkVisibility() || element.matches(".unseen, .skip, .screen *")) continue;
   const style = getComputedStyle(element);
-  const [light, dark] = [luminance(parse(style.color)), luminance(background(element))].sort((a, b) => b - a);
-  const size = parseFloat(style.fontSize);
-  const least = size >= 24 || (size >= 18.66 && style.fontWeight >= 700) ? 3 : 4.5;
-  const ratio = (light + 0.05) / (dark + 0.05);
-  if (ratio < least) found.push(`${element.tagName}.${element.className} "${element.innerText}": ${ratio.toFixed(2)}`);
+  const behind = background(element);
+  const large = parseFloat(style.fontSize) >= 24 || (parseFloat(style.fontSize) >= 18.66 && style.fontWeight >= 700);
+  const says = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
+  if (says) check("text", element, style.color, behind, large ? 3 : 4.5);
+  if (element.placeholder) check("placeholder", element, getComputedStyle(element, "::placeholder").color, behind, 4.5);
+  if (element.matches(":is(button, select, input:not([type=range], [type=checkbox])):enabled")) {
+    check("border", element, style.borderTopColor, background(element.parentElement), 3);
+  }
+}
+// What the time line writes, and on what.
+const colour = (name) => {
+  const probe = document.body.appendChild(document.createElement("span"));
+  probe.style.color = `var(--${name})`;
+  const computed = getComputedStyle(probe).color;
+  probe.remove();
+  return computed;
+};
+for (const [text, place] of [["muted", "card"], ["ink", "card"], ["ink", "fill"], ["bad-ink", "bad-fill"]]) {
+  check(`${text} on ${place}`, document.querySelector("canvas.timeline"), colour(text), parse(colour(place)), 4.5);
 }
 return found;
 """
@@ -325,7 +346,11 @@ class ThePage(unittest.TestCase):
                             box(arguments[0]).top - box("face").bottom, box("places").top - box(arguments[0]).top]""", part)
                 self.assertEqual((lamp >= 0, lens >= 64), (True, True), "the lamp")
                 self.assertEqual((top >= 0, bottom >= 100), (True, True), "the part's head")
-        self.assertGreater(max(max(frame["colour"]) for frame in page.frames(5800)), 200, "the strip's lamp")
+        # Its light is what the page is for, whatever else may not move.
+        self.addCleanup(page.prefer)
+        page.prefer(motion="reduce")
+        blue = [frame["colour"][2] for frame in page.frames(5800)]
+        self.assertGreater(max(blue) - min(blue), 150, "the strip's lamp pulsates")
         page.press("#daemon", "connected")
         page.wait_for_lamp("Green on")
 
@@ -348,6 +373,9 @@ class ThePage(unittest.TestCase):
         self.page.type("canvas.timeline", Keys.END)
         self.page.wait_for("#timeline .readout", "charging")
         self.page.type("canvas.timeline", Keys.ESCAPE)
+        self.page.wait_for("#timeline .moment", "now")
+        self.page.type("canvas.timeline", Keys.ARROW_LEFT)
+        self.page.press("#timeline", "Back to now")
         self.page.wait_for("#timeline .moment", "now")
 
     def test_finds_messages_and_log_lines(self):
@@ -406,10 +434,14 @@ class ThePage(unittest.TestCase):
     def test_can_be_read_in_light_and_dark(self):
         self.raise_error("1004")
         self.page.wait_for("#errors .chips", "1004")
-        self.addCleanup(self.page.prefer, "light")
+        self.page.press("#processes", "freeze meter")
+        self.page.wait_for("#alerts", "The meter is frozen")
+        self.addCleanup(self.page.prefer)
         for scheme in ("light", "dark"):
             self.page.prefer(scheme)
             self.assertEqual(self.page.run(CONTRAST), [], scheme)
+        self.page.press("#processes", "thaw meter")
+        self.page.wait_gone("#alerts", "frozen")
         self.end_error(1004)
 
 

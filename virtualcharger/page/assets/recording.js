@@ -14,7 +14,7 @@ export function recording(root, desk) {
   let on = false;
   const toggle = button("Record", () => own.ask({ type: "record", on: !on }, on ? "stop" : "record"),
     { id: "record" });
-  const text = el("pre", { className: "recorded", tabIndex: 0, "aria-label": "Recorded scenario" });
+  const text = el("pre", { className: "recorded", tabIndex: 0, role: "region", "aria-label": "Recorded scenario" });
   const copy = button("Copy", async () => {
     await navigator.clipboard.writeText(text.textContent);
     setText(copy, "Copied");
@@ -27,7 +27,7 @@ export function recording(root, desk) {
   return {
     state({ recording: now }) {
       on = now.on;
-      toggle.setAttribute("aria-pressed", on);
+      toggle.classList.toggle("on", on);
       setText(toggle, on ? "● Recording, stop" : "Record");
       setText(text, now.text);
       text.hidden = now.text === "";

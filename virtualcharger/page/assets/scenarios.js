@@ -16,7 +16,7 @@ function player(desk) {
   const stop = button("Stop", () => own.ask({ type: "stop-play" }, "stop"));
   const back = button("Bring back my charger", () => own.ask({ type: "bring-back" }, "your charger"), { hidden: true });
   const warning = el("p", { className: "muted", textContent:
-    "A scenario begins with a new charger; yours can be brought back after it." });
+    "It begins with a new charger; yours can be brought back." });
   const own = group(desk, "Play", el("div", { className: "line" }, choice, play, stop, back), about, warning, progress, waiting);
   const describe = () => setText(about, texts.get(choice.value) ?? "");
   choice.addEventListener("change", describe);

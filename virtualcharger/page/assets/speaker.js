@@ -29,7 +29,7 @@ export function speaker(root) {
 
   const showMute = () => {
     setText(mute, on ? "Sound: on" : "Sound: off");
-    mute.setAttribute("aria-pressed", on);
+    mute.classList.toggle("on", on);
     mute.title = on ? "Mute the beeper" : "Hear the beeper (browsers start muted)";
   };
 

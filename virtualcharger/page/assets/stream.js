@@ -47,7 +47,7 @@ export function stream({ label, build, matches }) {
   const hold = (on) => {
     held = on;
     behind = 0;
-    pause.setAttribute("aria-pressed", held);
+    pause.classList.toggle("on", held);
     setText(pause, held ? "Go on" : "Pause");
     later();
   };

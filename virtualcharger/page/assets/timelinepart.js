@@ -10,6 +10,8 @@ import { kGutter, kHeight, TimelineView } from "./timelineview.js";
 
 const kMinutes = [1, 3, 10];
 const kMinute = 60_000;
+// Where less motion is asked for, the picture moves on by so much at once.
+const kStill = 1000;
 
 export function timelinePart(root) {
   const history = new History();
@@ -21,9 +23,14 @@ export function timelinePart(root) {
   const moment = el("strong");
   const readout = el("dl", { className: "readout" }, el("div", { className: "moment" }, el("dt", { textContent: "at" }), el("dd", {}, moment)),
     ...kLanes.map(({ title }, index) => el("div", {}, el("dt", { textContent: title }), values[index])));
+  const release = button("Back to now", () => {
+    hold(false);
+    pin(null);
+    canvas.focus();
+  }, { hidden: true });
   const pause = button("Pause", () => hold(end === null), { id: "pause" });
   const zooms = kMinutes.map((minutes) => button(`${minutes} min`, () => zoom(minutes)));
-  root.append(el("div", { className: "filters" }, root.querySelector("h2"), pause,
+  root.append(el("div", { className: "filters" }, root.querySelector("h2"), pause, release,
     el("div", { className: "buttons small", role: "group", "aria-label": "Zoom" }, ...zooms),
     el("span", { className: "muted", textContent: "Point, click or use the arrow keys to read a moment; Esc lets it go." })),
     canvas, readout);
@@ -35,7 +42,8 @@ export function timelinePart(root) {
   let hover = null;
   let drawn = "";
 
-  const shownEnd = () => end ?? clock.now();
+  const still = matchMedia("(prefers-reduced-motion: reduce)");
+  const shownEnd = () => end ?? (still.matches ? Math.floor(clock.now() / kStill) * kStill : clock.now());
   const cursor = () => hover ?? pinned;
   const timeAt = (event) => {
     const place = (event.offsetX - kGutter) / (width - kGutter);
@@ -63,13 +71,14 @@ export function timelinePart(root) {
     pinned = time === null ? null : Math.max(0, Math.min(time, clock.now()));
     if (pinned !== null && pinned < shownEnd() - span) hold(true, pinned + span);
     if (pinned !== null && end !== null && pinned > end) hold(true, pinned);
+    release.hidden = pinned === null;
     announce();
   };
 
   const hold = (on, at = clock.now()) => {
     end = on ? at : null;
     setText(pause, on ? "Go on" : "Pause");
-    pause.setAttribute("aria-pressed", on);
+    pause.classList.toggle("on", on);
   };
 
   const zoom = (minutes) => {
@@ -87,6 +96,7 @@ export function timelinePart(root) {
     else return;
     event.preventDefault();
   });
+  canvas.addEventListener("focus", announce);
   canvas.addEventListener("pointermove", (event) => (hover = timeAt(event)));
   canvas.addEventListener("pointerleave", () => (hover = null));
   canvas.addEventListener("click", (event) => pin(timeAt(event)));
@@ -115,7 +125,8 @@ export function timelinePart(root) {
       history.clear();
       history.add(hello.timeline);
       hold(false);
-      pinned = hover = null;
+      hover = null;
+      pin(null);
     },
     timeline: ({ rows }) => history.add(rows),
     togglePause: () => hold(end === null),
