@@ -387,6 +387,44 @@ class ThePage(unittest.TestCase):
         self.page.type("#messages input[type=search]", Keys.CONTROL + "a" + Keys.NULL, Keys.DELETE)
         self.page.wait_for("#messages .rows", "connector")
 
+    def test_finds_an_answer_that_comes_after_its_call(self):
+        self.page.type("#messages input[type=search]", "no reply")
+        for step in ("freeze daemon", "connector charging"):
+            self.page.type("#step", step, Keys.ENTER)
+        self.page.wait_for("#messages .rows", "no reply in time")
+        self.page.press("#alerts", "thaw daemon")
+        self.page.type("#messages input[type=search]", Keys.CONTROL + "a" + Keys.NULL, Keys.DELETE)
+
+    def test_keeps_what_is_read_in_its_place_while_lines_come(self):
+        page = self.page
+        count = lambda: int(page.text("#log .count").split()[-1])
+        shown = lambda: page.run("const rows = [...document.querySelectorAll('#log .row')]; return [rows.length,"
+                                 "rows[0].getBoundingClientRect().top, rows[0].innerText, rows.at(-1).innerText]")
+        scroll = lambda by: page.run(f"const list = document.querySelector('#log .rows'); list.scrollBy(0, {by});"
+                                     "return [...list.querySelectorAll('.row')].map((row) => row.innerText)")
+
+        def write(lines):
+            wanted = count() + lines
+            while count() < wanted:
+                page.run("document.querySelectorAll('.states button').forEach((each) => each.click())")
+                page.wait_for("#daemon .group:nth-of-type(2) .note.good", "✓")
+
+        page.type("#step", "log-level trace", Keys.ENTER)
+        write(400)
+        page.type("#log .rows", Keys.HOME)
+        before = shown()
+        write(100)
+        self.assertEqual(shown(), before)
+        self.assertLessEqual(before[0], 200)
+        wait_until(lambda: scroll(300)[0] != before[2], "the oldest lines to make room")
+        wait_until(lambda: scroll(-300)[0] == before[2], "the oldest lines to come back")
+        page.type("#log .rows", Keys.END)
+        last = shown()[3]
+        write(1)
+        wait_until(lambda: shown()[3] != last, "the end to be followed")
+        page.type("#step", "log-level info", Keys.ENTER)
+        page.wait_for("#scenarios .note.good", "log-level info")
+
     def test_shows_from_which_level_on_the_daemon_writes_its_log(self):
         level = lambda: self.page.run("return document.querySelector('#log-level').value")
         wait_until(lambda: level() == "info", "the daemon's own level")
