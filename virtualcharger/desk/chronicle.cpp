@@ -81,8 +81,8 @@ void CChronicle::LookAtErrors() {
 }
 
 void CChronicle::LookAtTones() {
-  for (const auto& tone : mBench.Hardware().Tone().Tones(mTones)) {
-    ++mTones;
+  for (const auto& tone : mBench.Hardware().Tone().Since(mTones)) {
+    mTones = tone.end;
     mTimeline.Set("tone", tone.time, Hertz(tone));
     auto message = mClock.Message("tone");
     message["t"] = mClock(tone.time);

@@ -28,7 +28,7 @@ class CChronicle {
   const CBench& mBench;
   const CPageClock& mClock;
   CTimeline& mTimeline;
-  std::set<int> mErrors;   // that diagnostics has told of
-  std::size_t mTones = 0;  // that were looked at
+  std::set<int> mErrors;       // that diagnostics has told of
+  CToneFile::Mark mTones = 0;  // up to which they were looked at
   std::vector<Json::Value> mNewTones;
 };

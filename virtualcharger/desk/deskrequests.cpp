@@ -60,8 +60,8 @@ void CDesk::Record(const SUnderWay& asked, const Json::Value& on) {
 CRecorder::SShown CDesk::Shown() const {
   const auto view = mBench.View();
   const auto& display = mBench.Processes().Display();
-  const auto tones = mBench.Hardware().Tone().Tones();
-  const bool sounds = !tones.empty() && tones.back().divisor != 0;
+  const auto tone = mBench.Hardware().Tone().Last();
+  const bool sounds = tone && tone->divisor != 0;
   return {mBench.Lamp().words, view.state, display ? std::optional(display->value) : std::nullopt,
           view.beeps - (sounds ? 1 : 0)};
 }

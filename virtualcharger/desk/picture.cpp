@@ -63,10 +63,10 @@ Json::Value Lamp(const CBench& bench, const SView& view, const CPageClock& clock
 }
 
 Json::Value Tone(const CBench& bench, const SView& view, const CPageClock& clock) {
-  const auto tones = bench.Hardware().Tone().Tones();
+  const auto last = bench.Hardware().Tone().Last();
   Json::Value tone;
-  tone["hz"] = tones.empty() ? 0 : Hertz(tones.back());
-  tone["since"] = tones.empty() ? 0 : clock(tones.back().time);
+  tone["hz"] = last ? Hertz(*last) : 0;
+  tone["since"] = last ? clock(last->time) : 0;
   tone["beeps"] = view.beeps;
   return tone;
 }

@@ -2,7 +2,6 @@
 
 #include <linux/kd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -39,7 +38,10 @@ int CToneFile::Control(const std::string&, unsigned request, std::uintptr_t argu
   if (request != KIOCSOUND) return ENOTTY;
   {
     const std::lock_guard lock(mMutex);
-    mTones.push_back({mClock->Now(), static_cast<unsigned>(argument)});
+    const auto last = mTones.Last();
+    const STone tone{mClock->Now(), static_cast<unsigned>(argument), mTones.End() + 1};
+    if (tone.divisor != 0 && (!last || last->divisor == 0)) ++mBeeps;
+    mTones.Add(tone);
   }
   mListener();
   return 0;
@@ -49,10 +51,24 @@ void CToneFile::Close() {
   mFaults->Close();
 }
 
-std::vector<STone> CToneFile::Tones(std::size_t without) const {
+CToneFile::Mark CToneFile::End() const {
   const std::lock_guard lock(mMutex);
-  return {mTones.begin() + static_cast<std::ptrdiff_t>(std::min(without, mTones.size())),
-          mTones.end()};
+  return mTones.End();
+}
+
+std::vector<STone> CToneFile::Since(Mark mark) const {
+  const std::lock_guard lock(mMutex);
+  return mTones.Since(mark);
+}
+
+std::optional<STone> CToneFile::Last() const {
+  const std::lock_guard lock(mMutex);
+  return mTones.Last();
+}
+
+unsigned CToneFile::Beeps() const {
+  const std::lock_guard lock(mMutex);
+  return mBeeps;
 }
 
 int CToneFile::Strike(CFaults::EMoment moment) {

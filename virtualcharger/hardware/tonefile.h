@@ -1,15 +1,18 @@
 // The console's tone: a single file that takes the kernel's request for it, and remembers.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/worker/steadyclock.h"
 #include "virtualcharger/hardware/faults.h"
 #include "virtualcharger/hardware/filetree.h"
+#include "virtualcharger/hardware/history.h"
 
 // The place of its faults, which have no attribute: a request is a write.
 inline constexpr auto kToneDevice = "tone";
@@ -18,7 +21,8 @@ inline constexpr double kToneClock = 1'193'180;  // Hz
 
 struct STone {
   ISteadyClock::TimePoint time;
-  unsigned divisor;  // of the tone clock; 0 is silence
+  unsigned divisor;       // of the tone clock; 0 is silence
+  std::uint64_t end = 0;  // the mark behind it
 };
 
 // Threads: may be called from any.
@@ -36,8 +40,13 @@ class CToneFile : public IFileTree {
   int Control(const std::string& path, unsigned request, std::uintptr_t argument) override;
   void Close() override;
 
-  // Every request that took effect, in order, without the first ones.
-  std::vector<STone> Tones(std::size_t without = 0) const;
+  // The requests that took effect, in order: the newest 10 000, as CHistory tells them.
+  using Mark = CHistory<STone>::Mark;
+  Mark End() const;
+  std::vector<STone> Since(Mark mark) const;
+  std::optional<STone> Last() const;
+  // How often a tone began behind silence.
+  unsigned Beeps() const;
 
   // Called after each request. Set before the first one.
   void SetListener(std::function<void()> listener) { mListener = std::move(listener); }
@@ -49,5 +58,7 @@ class CToneFile : public IFileTree {
   const std::shared_ptr<ISteadyClock> mClock;
   std::function<void()> mListener = [] {};
   mutable std::mutex mMutex;
-  std::vector<STone> mTones;  // guarded by mMutex
+  // Guarded by mMutex.
+  CHistory<STone> mTones{10'000};
+  unsigned mBeeps = 0;
 };

@@ -1,20 +1,15 @@
 #include "virtualcharger/hardware/writehistory.h"
 
-#include <algorithm>
 #include <utility>
 
 CWriteHistory::CWriteHistory(std::shared_ptr<ISteadyClock> clock, std::size_t limit)
-    : mClock(std::move(clock)), mLimit(limit) {}
+    : mClock(std::move(clock)), mWrites(limit) {}
 
 void CWriteHistory::Add(SWrite write) {
   {
     const std::lock_guard lock(mMutex);
     write.time = mClock->Now();
-    mWrites.push_back(std::move(write));
-    if (mWrites.size() > mLimit) {
-      mWrites.pop_front();
-      ++mDropped;
-    }
+    mWrites.Add(std::move(write));
   }
   mAdded.notify_all();
   mListener();
@@ -22,18 +17,17 @@ void CWriteHistory::Add(SWrite write) {
 
 CWriteHistory::Mark CWriteHistory::End() const {
   const std::lock_guard lock(mMutex);
-  return mDropped + mWrites.size();
+  return mWrites.End();
 }
 
 std::vector<SWrite> CWriteHistory::Since(Mark mark) const {
   const std::lock_guard lock(mMutex);
-  const auto first = std::min<Mark>(mark - std::min(mark, mDropped), mWrites.size());
-  return {mWrites.begin() + static_cast<std::ptrdiff_t>(first), mWrites.end()};
+  return mWrites.Since(mark);
 }
 
 bool CWriteHistory::WaitBeyond(Mark mark, ISteadyClock::TimePoint deadline) const {
   std::unique_lock lock(mMutex);
-  while (mDropped + mWrites.size() <= mark) {
+  while (mWrites.End() <= mark) {
     if (mClock->Now() >= deadline) return false;
     mClock->WaitUntil(mAdded, lock, deadline);
   }

@@ -4,8 +4,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "platform/worker/steadyclock.h"
+#include "virtualcharger/hardware/history.h"
 
 struct SWrite {
   ISteadyClock::TimePoint time;  // when it had taken effect or was refused
@@ -25,8 +24,7 @@ struct SWrite {
 
 class CWriteHistory {
  public:
-  // A place between two writes: the number of writes before it.
-  using Mark = std::uint64_t;
+  using Mark = CHistory<SWrite>::Mark;
 
   explicit CWriteHistory(std::shared_ptr<ISteadyClock> clock, std::size_t limit = 100'000);
 
@@ -44,12 +42,9 @@ class CWriteHistory {
 
  private:
   const std::shared_ptr<ISteadyClock> mClock;
-  const std::size_t mLimit;
   std::function<void()> mListener = [] {};
 
   mutable std::mutex mMutex;
   mutable std::condition_variable mAdded;
-  // Guarded by mMutex.
-  std::deque<SWrite> mWrites;
-  Mark mDropped = 0;
+  CHistory<SWrite> mWrites;  // guarded by mMutex
 };

@@ -101,11 +101,7 @@ SView CBench::View() const {
   if (const auto signal = mProcesses.LastSignal(Signals::LedState.identifier)) {
     view.ledState = signal->value;
   }
-  bool silent = true;
-  for (const auto& tone : mHardware.Tone().Tones()) {
-    if (silent && tone.divisor != 0) ++view.beeps;
-    silent = tone.divisor == 0;
-  }
+  view.beeps = mHardware.Tone().Beeps();
   return view;
 }
 
@@ -118,11 +114,11 @@ Deed CBench::Stop() {
 }
 
 Deed CBench::Request(ERequest request, bool accepted) {
-  const auto reports = mProcesses.StateReports().size();
+  const auto reports = mProcesses.StateReports().End();
   auto verdict = Ask(request == ERequest::Enable ? "enable" : "disable", accepted);
   if (!accepted) return verdict;
   return Then(std::move(verdict), [this, reports](const std::string&) {
-    return Until([this, reports] { return mProcesses.StateReports().size() > reports; }, kLimit,
+    return Until([this, reports] { return mProcesses.StateReports().End() > reports; }, kLimit,
                  "expected: the daemon reports the state that follows\nseen:     no report");
   });
 }
@@ -246,8 +242,8 @@ void CBench::CheckHardware() const {
 }
 
 void CBench::CheckSilence() const {
-  const auto tones = mHardware.Tone().Tones();
-  if (!tones.empty() && tones.back().divisor != 0) {
+  const auto tone = mHardware.Tone().Last();
+  if (tone && tone->divisor != 0) {
     throw CStepFailure("the daemon has ended, but the tone is still on");
   }
 }

@@ -50,8 +50,8 @@ std::string CCharger::Do(const StepAction& step) {
 
 void CCharger::Mark() {
   mMark = mBench.Hardware().LampWrites().End();
-  mToneMark = mBench.Hardware().Tone().Tones().size();
-  mReportMark = mBench.Processes().StateReports().size();
+  mToneMark = mBench.Hardware().Tone().End();
+  mReportMark = mBench.Processes().StateReports().End();
   mBench.Processes().DaemonLog().Read(false);
   mBench.Processes().DaemonLog().ForgetAll();
 }

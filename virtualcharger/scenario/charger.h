@@ -106,8 +106,8 @@ class CCharger : private IObserver {
   CBench& mBench;
   CInterrupt& mInterrupt;
   CWriteHistory::Mark mMark = 0;
-  std::size_t mToneMark = 0;
-  std::size_t mReportMark = 0;
+  CToneFile::Mark mToneMark = 0;
+  CProcesses::Reports::Mark mReportMark = 0;
   std::optional<SAwaited> mAwaited;
   std::function<void()> mWatcher;
   TimePoint mChangeBegin = mBench.Begin();

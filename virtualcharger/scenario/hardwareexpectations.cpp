@@ -23,7 +23,6 @@ std::string Describe(const SWrite& write) {
 struct SBeep {
   STone on;
   STone off;
-  std::size_t next;  // the place behind it
 
   long Hz() const { return std::lround(kToneClock / on.divisor); }
   std::chrono::milliseconds Length() const {
@@ -31,14 +30,15 @@ struct SBeep {
   }
 };
 
-// The first whole one from the mark on.
-std::optional<SBeep> FindBeep(const std::vector<STone>& tones, std::size_t mark) {
-  const auto sounds = [](const STone& tone) { return tone.divisor != 0; };
-  const auto on =
-      std::find_if(tones.begin() + static_cast<std::ptrdiff_t>(mark), tones.end(), sounds);
-  const auto off = std::find_if_not(on, tones.end(), sounds);
-  if (off == tones.end()) return std::nullopt;
-  return SBeep{*on, *off, static_cast<std::size_t>(off - tones.begin()) + 1};
+bool Sounds(const STone& tone) {
+  return tone.divisor != 0;
+}
+
+// The first whole one.
+std::optional<SBeep> FindBeep(const std::vector<STone>& tones) {
+  const auto on = std::ranges::find_if(tones, Sounds);
+  const auto off = std::find_if_not(on, tones.end(), Sounds);
+  return off == tones.end() ? std::nullopt : std::optional(SBeep{*on, *off});
 }
 
 std::string Describe(const SBeep& beep) {
@@ -64,27 +64,26 @@ bool IsWithin(const SBeepBounds& bounds, const SBeep& beep) {
 }  // namespace
 
 std::string CCharger::ExpectBeep(const SBeepBounds& bounds) {
-  const auto find = [this] { return FindBeep(mBench.Hardware().Tone().Tones(), mToneMark); };
+  const auto find = [this] { return FindBeep(mBench.Hardware().Tone().Since(mToneMark)); };
   const auto expected = Describe(bounds);
   const auto seen = [&]() -> std::string {
-    const auto tones = mBench.Hardware().Tone().Tones();
-    if (tones.empty() || tones.back().divisor == 0) return "no tone";
-    return "a tone that does not end, since " + When(tones.back().time);
+    const auto last = mBench.Hardware().Tone().Last();
+    if (!last || !Sounds(*last)) return "no tone";
+    return "a tone that does not end, since " + When(last->time);
   };
   if (!Await(
           expected, seen, [&] { return find().has_value(); }, kLimit))
     Fail(expected, seen());
   const auto beep = *find();
   if (!IsWithin(bounds, beep)) Fail(expected, Describe(beep) + ", since " + When(beep.on.time));
-  mToneMark = beep.next;
+  mToneMark = beep.off.end;
   return Describe(beep);
 }
 
 void CCharger::ExpectNoBeep() {
   Await(mBench.Settle());
-  const auto tones = mBench.Hardware().Tone().Tones();
-  for (auto index = mToneMark; index < tones.size(); ++index) {
-    if (tones[index].divisor != 0) Fail("no beep", "a tone at " + When(tones[index].time));
+  for (const auto& tone : mBench.Hardware().Tone().Since(mToneMark)) {
+    if (Sounds(tone)) Fail("no beep", "a tone at " + When(tone.time));
   }
 }
 

@@ -21,21 +21,22 @@ std::string Describe(const SLogLine& line) {
 void CCharger::ExpectReport(int state) {
   const auto& reports = mBench.Processes().StateReports();
   const auto expected = "the report " + DaemonStateName(state);
-  const auto seen = [&] {
-    return reports.size() > mReportMark ? ReportWords(reports[mReportMark])
-           : reports.empty()            ? "no report"
-                                        : "none behind " + ReportWords(reports.back());
+  const auto seen = [&]() -> std::string {
+    const auto next = reports.Since(mReportMark);
+    if (!next.empty()) return ReportWords(next.front());
+    const auto last = reports.Last();
+    return last ? "none behind " + ReportWords(*last) : "no report";
   };
   const bool came = Await(
-      expected, seen, [&] { return reports.size() > mReportMark; }, kLimit);
-  if (!came || reports[mReportMark].value != state) Fail(expected, seen());
+      expected, seen, [&] { return reports.End() > mReportMark; }, kLimit);
+  if (!came || reports.Since(mReportMark).front().value != state) Fail(expected, seen());
   ++mReportMark;
 }
 
 void CCharger::ExpectNoReport() {
   Await(mBench.Settle());
-  const auto& reports = mBench.Processes().StateReports();
-  if (reports.size() > mReportMark) Fail("no report", ReportWords(reports[mReportMark]));
+  const auto reports = mBench.Processes().StateReports().Since(mReportMark);
+  if (!reports.empty()) Fail("no report", ReportWords(reports.front()));
 }
 
 std::string CCharger::ReportWords(const SLast<int>& report) const {

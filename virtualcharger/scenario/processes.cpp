@@ -126,7 +126,7 @@ void CProcesses::TakeEvent(const std::string& peer, const std::string& kind, std
     mSignals[value] = {text, Clock::now()};
   } else if (kind == "state") {
     Take(mState, value);
-    mStateReports.push_back({value, Clock::now()});
+    mStateReports.Add({value, Clock::now()});
   } else if (kind == "alive") {
     mAliveMessages = {mAliveMessages.value + 1, Clock::now()};
   } else if (kind == "display") {

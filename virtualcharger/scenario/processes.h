@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "virtualcharger/hardware/history.h"
 #include "virtualcharger/scenario/daemonlog.h"
 #include "virtualcharger/scenario/deed.h"
 #include "virtualcharger/scenario/ibench.h"
@@ -96,8 +97,9 @@ class CProcesses {
   bool MeterAccepts() const { return mMeterAccepts; }
   // In percent; nothing before the meter that runs was told one.
   const std::optional<SLast<int>>& Display() const { return mDisplay; }
-  // All that came up to now, a repeated state too; what a new board controller hears first as well.
-  const std::vector<SLast<int>>& StateReports() const { return mStateReports; }
+  // The newest ones, a repeated state too; what a new board controller hears first as well.
+  using Reports = CHistory<SLast<int>>;
+  const Reports& StateReports() const { return mStateReports; }
   // How many have come up to now, and when the last one.
   const SLast<unsigned>& AliveMessages() const { return mAliveMessages; }
   CPrivateRoot& Root() { return mRoot; }
@@ -139,7 +141,7 @@ class CProcesses {
   std::optional<SLast<int>> mState;
   std::optional<SLast<int>> mDisplay;
   bool mMeterAccepts = true;
-  std::vector<SLast<int>> mStateReports;
+  Reports mStateReports{1000};
   SLast<unsigned> mAliveMessages{};
   SLast<int> mConnector;
   CDaemonLog mLog{mRoot.Log("feedback")};

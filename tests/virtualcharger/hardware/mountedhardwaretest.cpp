@@ -216,7 +216,7 @@ TEST(TheMountedHardware, StandsInForASingleFileThatTakesRequests) {
     unsigned divisor = 298;
     for (const auto* name : {"/there", "/missing"}) {
       EXPECT_EQ(Sound(folder + name, ++divisor), 0) << name;
-      EXPECT_EQ(file->Tones().back().divisor, divisor) << name;
+      EXPECT_EQ(file->Last()->divisor, divisor) << name;
       faults->Set(kToneDevice, "", *FaultNamed("EIO"));
       EXPECT_EQ(Sound(folder + name, 1), EIO) << name;
       faults->Set(kToneDevice, "", *FaultNamed("vanished"));
@@ -244,7 +244,7 @@ TEST(TheChargersHardware, StandsWhereTheDaemonLooksForIt) {
     EXPECT_EQ(hardware.Attribute("kelo:red:top", "trigger"), "none [pattern]");
     EXPECT_EQ(hardware.LampWrites().End(), 1U) << "the lamp's only";
     EXPECT_EQ(Sound("/dev/tty0", 298), 0);
-    EXPECT_EQ(hardware.Tone().Tones().size(), 1U);
+    EXPECT_EQ(hardware.Tone().End(), 1U);
     auto expected = besides;
     expected.insert("sysfs-links");
     EXPECT_EQ(Names("/var"), expected);
