@@ -45,7 +45,8 @@ CDesk::CDesk(SDeskSettings settings, CBench& bench, CInterrupt& interrupt, const
       mStore(ReadStorePicture(bench.Processes().Root().Store())),
       mNewSettings(mStore.settings),
       mKept(bench, mNewSettings),
-      mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock),
+      mLog(MadeFile(bench.Processes().Root().Log("feedback")), mClock,
+           bench.Processes().Root().IsKept()),
       mMessages(mClock),
       mServer({mSettings.port, bench.Begin()}, *mInbox) {
   mFiles.Add(bench.Processes().Root().Path());

@@ -14,6 +14,7 @@ Json::Value CLogFeed::TakeNew() {
     rows.append(std::move(row));
   }
   mLog.ForgetAll();
+  if (!mKeepFile) mLog.GiveBack();
   return rows;
 }
 

@@ -12,7 +12,9 @@ class CLogFeed {
  public:
   static constexpr std::size_t kKept = 500;
 
-  CLogFeed(const std::string& path, const CPageClock& clock) : mClock(clock), mLog(path) {}
+  // The file's space is given back behind the reader, unless it is to be kept.
+  CLogFeed(const std::string& path, const CPageClock& clock, bool keepFile)
+      : mClock(clock), mLog(path), mKeepFile(keepFile) {}
 
   // Takes in what was logged. The rows of the new lines.
   Json::Value TakeNew();
@@ -23,5 +25,6 @@ class CLogFeed {
  private:
   const CPageClock& mClock;
   CDaemonLog mLog;
+  const bool mKeepFile;
   std::deque<Json::Value> mRows;
 };

@@ -13,7 +13,6 @@ constexpr auto kDisplayStays = 1s;
 constexpr auto kExpectationWaits = 3s;  // by itself, and has some time left
 constexpr auto kMargin = 1s;
 constexpr auto kShortestWait = 100ms;
-constexpr std::size_t kMostLines = 2000;
 
 std::string DisplayText(const std::optional<int>& display) {
   return display ? std::to_string(*display) : "";
@@ -45,9 +44,9 @@ void CRecorder::End(TimePoint now) {
 
 std::size_t CRecorder::Step(TimePoint now, const std::string& line) {
   WriteLamp(now, true);
-  if (mLines.size() >= kMostLines) mOn = false;
-  mLines.push_back({now, line, false});
-  return mLines.size() - 1;
+  const auto place = mLines.size();
+  Add(now, line, false);
+  return place;
 }
 
 void CRecorder::Ended(std::size_t place, bool ok, const std::string& text) {
@@ -67,7 +66,7 @@ void CRecorder::Show(TimePoint now, const SShown& shown) {
   Write(mState, "expect state", true);
   Look(mLamp, now, shown.lamp);
   Look(mDisplay, now, DisplayText(shown.display));
-  for (; mBeeps < shown.beeps; ++mBeeps) mLines.push_back({now, "expect beep", true});
+  for (; mBeeps < shown.beeps; ++mBeeps) Add(now, "expect beep", true);
 }
 
 std::string CRecorder::Text() const {
@@ -86,6 +85,15 @@ std::string CRecorder::Text() const {
   return text;
 }
 
+void CRecorder::Add(TimePoint time, const std::string& text, bool expectation) {
+  if (!mOn) return;
+  mLines.push_back({time, text, expectation});
+  if (mLines.size() < kMostLines) return;
+  mLines.push_back(
+      {time, fmt::format("# {} lines: the recording has ended by itself", kMostLines), true});
+  mOn = false;
+}
+
 void CRecorder::Look(SValue& value, TimePoint now, const std::string& shown) {
   if (shown != value.shown) {
     value.shown = shown;
@@ -96,7 +104,7 @@ void CRecorder::Look(SValue& value, TimePoint now, const std::string& shown) {
 void CRecorder::Write(SValue& value, const std::string& step, bool when) {
   if (!when || value.shown == value.written || value.shown.empty()) return;
   value.written = value.shown;
-  mLines.push_back({value.since, step + ' ' + value.shown, true});
+  Add(value.since, step + ' ' + value.shown, true);
 }
 
 void CRecorder::WriteLamp(TimePoint now, bool last) {

@@ -28,6 +28,9 @@ class CRecorder {
   void End(TimePoint now);
   bool IsOn() const { return mOn; }
 
+  // A recording that is forgotten ends by itself after so many lines, and says so in its text.
+  static constexpr std::size_t kMostLines = 2000;
+
   // A step begins; its place is for Ended.
   std::size_t Step(TimePoint now, const std::string& line);
   // A step that was refused is expected to be refused again; one that failed stays as a comment.
@@ -52,6 +55,7 @@ class CRecorder {
     std::string written;
   };
 
+  void Add(TimePoint time, const std::string& text, bool expectation);
   void Look(SValue& value, TimePoint now, const std::string& shown);
   void Write(SValue& value, const std::string& step, bool when);
   void WriteLamp(TimePoint now, bool last);

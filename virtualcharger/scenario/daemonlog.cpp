@@ -1,11 +1,18 @@
 #include "virtualcharger/scenario/daemonlog.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <iostream>
 
 namespace {
 
 constexpr std::size_t kMostLines = 10'000;
+constexpr std::size_t kLongestText = 64UL * 1024;
+
+void Append(std::string& text, std::string_view more) {
+  text += more.substr(0, kLongestText - std::min(text.size(), kLongestText));
+}
 
 // Takes the text up to the next blank, and the blanks behind it.
 std::string_view NextWord(std::string_view& rest) {
@@ -46,15 +53,26 @@ std::optional<SLogLine> ParseLogLine(std::string_view line) {
 }
 
 void CDaemonLog::Read(bool shown) {
-  if (!mFile.is_open()) mFile.open(mPath);
+  if (!mFile.is_open()) {
+    mFile.open(mPath);
+    mSpace = CDescriptor(open(mPath.c_str(), O_WRONLY | O_CLOEXEC));
+  }
   mFile.clear();
   for (std::string part; std::getline(mFile, part);) {
     if (shown) std::cout << part << (mFile.eof() ? "" : "\n") << std::flush;
-    mBegun += part;
+    Append(mBegun, part);
+    mTaken += part.size() + (mFile.eof() ? 0 : 1);
     if (mFile.eof()) return;
     Add(mBegun);
     mBegun.clear();
   }
+}
+
+void CDaemonLog::GiveBack() {
+  if (mTaken < mGivenBack + 2 * kKept) return;
+  mGivenBack = mTaken - kKept;
+  fallocate(mSpace.Get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0,
+            static_cast<off_t>(mGivenBack));
 }
 
 void CDaemonLog::Add(std::string_view line) {
@@ -63,6 +81,7 @@ void CDaemonLog::Add(std::string_view line) {
     if (mLines.size() > kMostLines) mLines.pop_front();
   } else if (!mLines.empty()) {
     // The text of one line can go on over several.
-    mLines.back().text.append("\n").append(line);
+    Append(mLines.back().text, "\n");
+    Append(mLines.back().text, line);
   }
 }

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <fstream>
 #include <optional>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "platform/log/log.h"
+#include "platform/os/descriptor.h"
 
 struct SLogLine {
   std::chrono::steady_clock::time_point time;  // when it was taken in
@@ -29,10 +31,17 @@ std::optional<SLogLine> ParseLogLine(std::string_view line);
 // Threads: one.
 class CDaemonLog {
  public:
+  static constexpr std::uint64_t kKept = 4ULL * 1024 * 1024;  // bytes
+
   explicit CDaemonLog(std::string path) : mPath(std::move(path)) {}
 
-  // Takes in what has come since the last time; shown: on the standard output too, as it is.
+  // Takes in what has come since the last time, of a line at most 64 KiB; shown: on the standard
+  // output too, as it is.
   void Read(bool shown);
+
+  // Gives the file's space back to the disk, but for some MB that were taken in last; its size
+  // stays, so that the daemon writes on undisturbed. Does nothing where the file system cannot.
+  void GiveBack();
 
   // The lines that were taken in, the newest 10 000 of them, and what is left after the calls
   // below.
@@ -47,6 +56,9 @@ class CDaemonLog {
 
   const std::string mPath;
   std::ifstream mFile;
+  CDescriptor mSpace;        // of the same file
+  std::uint64_t mTaken = 0;  // bytes
+  std::uint64_t mGivenBack = 0;
   std::string mBegun;  // a line without its end
   std::deque<SLogLine> mLines;
 };

@@ -23,6 +23,7 @@ class CPrivateRoot {
 
   // Also when the next runs look for leftovers.
   void Keep();
+  bool IsKept() const { return mKeep; }
 
   // Without a slash at the end.
   const std::string& Path() const { return mPath; }

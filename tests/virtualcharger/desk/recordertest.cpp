@@ -81,4 +81,13 @@ TEST_F(ARecorder, ExpectsARefusalAndLeavesOutWhatFailed) {
             "disable\nmark\ncard accepted rejected\n# enable: diagnostics did not answer\n");
 }
 
+TEST_F(ARecorder, EndsByItselfWhereItIsForgottenAndSaysSo) {
+  mShown.beeps += 2 * CRecorder::kMostLines;
+  Pass(50ms);
+  EXPECT_FALSE(mRecorder.IsOn());
+  const auto text = Text();
+  EXPECT_TRUE(text.ends_with("expect beep\n# 2000 lines: the recording has ended by itself\n"));
+  EXPECT_LT(text.size(), 15 * CRecorder::kMostLines);
+}
+
 }  // namespace
