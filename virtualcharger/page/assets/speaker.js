@@ -28,19 +28,20 @@ export function speaker(root) {
   let begun = null;  // {t, hz} of the beep under way
 
   const showMute = () => {
-    setText(mute, on ? "Sound: on" : "Sound: off");
+    setText(mute, !on ? "Sound: off" : audio ? "Sound: on" : "Sound: click to hear");
     mute.classList.toggle("on", on);
-    mute.title = on ? "Mute the beeper" : "Hear the beeper (browsers start muted)";
+    mute.title = !on ? "Hear the beeper" : audio ? "Mute the beeper" : "Browsers start muted";
   };
 
   // Browsers give sound only after a click or a key.
   const wake = () => {
-    if (!on) return;
+    if (!on || !navigator.userActivation.hasBeenActive) return;
     if (!audio) {
       audio = new AudioContext();
       gain = audio.createGain();
       gain.connect(audio.destination);
       gain.gain.value = kLoudest * loudness;
+      showMute();
     }
     audio.resume();
   };
@@ -73,12 +74,15 @@ export function speaker(root) {
   };
 
   mute.addEventListener("click", () => {
-    on = !on;
+    on = !on || !audio;
     localStorage.setItem("sound", on ? "on" : "off");
     if (!on) tone?.stop();
+    wake();
     showMute();
   });
-  for (const event of ["pointerup", "keyup"]) addEventListener(event, wake);
+  // The button wakes by its click, which is still to come then.
+  const wakeElsewhere = ({ target }) => target !== mute && wake();
+  for (const event of ["pointerup", "keyup"]) addEventListener(event, wakeElsewhere);
   showMute();
 
   return {
