@@ -522,7 +522,7 @@ class ThePage(unittest.TestCase):
 def take_picture(path):
     """The page in the middle of a story, for the README."""
     desk = Desk("charger")
-    page = Page(desk.url, height=1340)
+    page = Page(desk.url, height=1285)
     page.browser.execute_cdp_cmd("Emulation.setScrollbarsHidden", {"hidden": True})
     try:
         for step in ("set HmiLedIntensityManual 80", "disable", "enable", "connector connected", "card swiped",
