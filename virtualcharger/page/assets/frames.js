@@ -29,6 +29,8 @@ export function startFrames() {
 // are handed out as they are written.
 export function palette(names) {
   const probe = document.createElement("span");
+  // A canvas keeps its colours where the system's replace the page's.
+  probe.style.forcedColorAdjust = "none";
   document.body.append(probe);
   const colours = {};
   for (const name of names) {
