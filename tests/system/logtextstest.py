@@ -42,11 +42,11 @@ info     (src/feedback:226) Starting state machine
 info     (src/feedback:230) State machine stopped
 debug    (src/components/brightnesscontrol:50) Target brightness: {}
 debug    (src/components/brightnesscontrol:58) Brightness setpoint: {}, lower: {}, upper: {}, mPrevious: {}
-debug    (src/components/connector:66) [Connector 1] Change LED for Event: {}
+debug    (src/components/connector:66) [Connector 1] Change LED for Event: 0
 debug    (src/components/connector:121) [Connector 1] SessionManager notified state: {}
 debug    (src/components/connector:131) [Connector 1] Active event reset, updating led...
 debug    (src/components/connector:142) [Connector 1] Connector is already showing event, skip update connector LED
-debug    (src/components/connector:147) [Connector 1] Change LED for Signal: {}
+debug    (src/components/connector:147) [Connector 1] Change LED for Signal: 1004
 debug    (src/components/connector:152) [Connector 1] Connector is not yet enabled, show disabled LED
 debug    (src/components/connector:158) [Connector 1] Change LED for State: {}
 warning  (src/components/connector:206) [Connector 1] Unexpected connector state received: {}
@@ -125,6 +125,8 @@ disable
 connector reserved
 enable
 connector charging
+expect log debug "SessionManager notified state: 6"
+expect log debug "Change LED for State: 3"
 connector 42
 card accepted
 connector available

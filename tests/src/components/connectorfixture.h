@@ -25,14 +25,8 @@ class CConnectorFixture : public CLampFixture {
     // So dark that each floor shows in the limits.
     mControl->SetBrightness(5);
     mWorker->Start();
-    mConnector = CreateConnector();
   }
   ~CConnectorFixture() override { mWorker->Stop(); }
-
-  std::unique_ptr<CConnector> CreateConnector() {
-    return std::make_unique<CConnector>(std::make_shared<CConnectorPrefix>(1), mControl, mSessions,
-                                        mWorker);
-  }
 
   void Advance(std::chrono::milliseconds time) {
     mWorker->Sync();
@@ -44,5 +38,6 @@ class CConnectorFixture : public CLampFixture {
   const std::shared_ptr<CWorker> mWorker = std::make_shared<CWorker>("test", mClock);
   const std::shared_ptr<CFakeSessionManager> mSessions = std::make_shared<CFakeSessionManager>();
   const std::shared_ptr<CLedControl> mControl = CreateLedControl();
-  std::unique_ptr<CConnector> mConnector;
+  std::unique_ptr<CConnector> mConnector = std::make_unique<CConnector>(
+      std::make_shared<CConnectorPrefix>(1), mControl, mSessions, mWorker);
 };

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <random>
 
 #include "src/components/connector.h"
 #include "tests/src/components/connectorfixture.h"
@@ -12,47 +13,115 @@ using testing::IsEmpty;
 
 class AConnector : public CConnectorFixture {};
 
-TEST_F(AConnector, ShowsTheDisabledLampUntilItIsEnabled) {
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  EXPECT_EQ(Limits(), "0..1000");
-  EXPECT_TRUE(mSessions->Notify(kCharging));
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  mConnector->Enable();
-  EXPECT_EQ(Lamp(), "Blue/Pulsating");
-  EXPECT_EQ(Limits(), "3..76");
-  mConnector->Disable();
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  EXPECT_EQ(Limits(), "0..1000");
-}
+// The precedence once more, as plainly as it can be said.
+struct CModel {
+  bool enabled = false;
+  std::chrono::milliseconds event{0};  // what is left of it
+  int state = 0;
+  std::vector<int> errors;
+  int floor = 100;
+  std::vector<std::string> lamps{"Yellow/On"};
 
-TEST_F(AConnector, ShowsEachStateAndLeavesTheLampWhileTheStateChanges) {
-  mConnector->Enable();
-  for (int before = 0; before < std::ssize(kStateLamps); ++before) {
-    for (int state = 0; state < std::ssize(kStateLamps); ++state) {
-      SCOPED_TRACE(testing::Message() << before << " " << state);
-      mSessions->Notify(before);
-      const std::string lampBefore = Lamp();
-      mSessions->Notify(state);
-      EXPECT_EQ(Lamp(), state == kChanging ? lampBefore : kStateLamps[static_cast<size_t>(state)]);
+  void Show(const std::string& lamp) {
+    if (lamp != lamps.back()) {
+      lamps.push_back(lamp);
     }
   }
-  EXPECT_THAT(mLog.Lines(), IsEmpty());
-}
 
-TEST_F(AConnector, TakesAnUnknownStateForAvailable) {
-  mConnector->Enable();
-  for (const int state : {13, 1000, -1}) {
-    mSessions->Notify(kCharging);
-    mLog.Clear();
-    mSessions->Notify(state);
-    EXPECT_EQ(Lamp(), "Green/On");
-    EXPECT_THAT(mLog.Lines(),
-                ElementsAre(LogCapture::Line{
-                    ELogLevel::EWarning,
-                    "(src/components/connector:206) [Connector 1] Unexpected connector state "
-                    "received: " +
-                        std::to_string(state)}));
+  void Update() {
+    if (event > 0ms) {
+      return;
+    }
+    if (!errors.empty()) {
+      Show(errors.front() == 1002   ? "Red/Blink1"
+           : errors.front() == 1004 ? "Red/Blink3"
+                                    : "Red/Blink2");
+    } else if (!enabled) {
+      ShowDisabled();
+    } else if (state < 0 || state >= std::ssize(kStateLamps)) {
+      Show("Green/On");
+    } else if (state != kChanging) {
+      Show(kStateLamps[static_cast<size_t>(state)]);
+    }
   }
+
+  void ShowDisabled() {
+    floor = 100;
+    Show("Yellow/On");
+  }
+
+  std::string Limits() const {
+    const int maximum = std::max(5, floor) * 10;
+    return lamps.back().ends_with("Pulsating") ? "3.." + std::to_string(std::max(76, maximum))
+                                               : "0.." + std::to_string(maximum);
+  }
+};
+
+TEST_F(AConnector, ShowsWhatThePrecedenceGivesAfterAnyHistory) {
+  std::mt19937 random(4711);
+  const auto pick = [&random](int count) { return static_cast<int>(random() % unsigned(count)); };
+  CModel model;
+  for (int step = 0; step < 6000; ++step) {
+    ASSERT_EQ(Lamp(), model.lamps.back()) << "before step " << step;
+    ASSERT_EQ(Limits(), model.Limits()) << "before step " << step;
+    const int error = 1000 + pick(3) * 2;
+    const auto known = std::ranges::find(model.errors, error);
+    switch (pick(8)) {
+      case 0:
+        mConnector->Enable();
+        model.enabled = true;
+        model.floor = 0;
+        model.Update();
+        break;
+      case 1:
+        mConnector->Disable();
+        model.enabled = false;
+        model.ShowDisabled();
+        break;
+      case 2:
+        mConnector->AddError(error);
+        if (known == model.errors.end()) {
+          model.errors.push_back(error);
+        }
+        model.floor = 10;
+        model.Update();
+        break;
+      case 3:
+        mConnector->RemoveError(error);
+        if (known != model.errors.end()) {
+          model.errors.erase(known);
+          model.floor = model.errors.empty() ? 0 : model.floor;
+          model.Update();
+        }
+        break;
+      case 4: {
+        const int event = pick(3);
+        model.event = (1 + pick(2)) * 500ms;
+        mConnector->ShowEvent(static_cast<EConnectorEvent>(event), model.event);
+        model.Show(std::array{"Green", "Red", "White"}[static_cast<size_t>(event)] +
+                   std::string("/Flashing"));
+        model.floor = event == 2 ? 100 : 0;
+        break;
+      }
+      case 5:
+      case 6: {
+        const auto time = std::array{1ms, 499ms, 500ms}[static_cast<size_t>(pick(3))];
+        Advance(time);
+        if (model.event > 0ms && (model.event -= time) <= 0ms) {
+          model.floor = 0;
+          model.Update();
+        }
+        break;
+      }
+      default:
+        model.state = pick(15) - 1;
+        mSessions->Notify(model.state);
+        model.Update();
+        break;
+    }
+  }
+  model.lamps.erase(model.lamps.begin());
+  EXPECT_EQ(Reports(), model.lamps) << "each change once";
 }
 
 TEST_F(AConnector, BlinksEachErrorInItsCode) {
@@ -97,79 +166,6 @@ TEST_F(AConnector, ShowsTheOldestErrorUntilItIsRemoved) {
   EXPECT_EQ(Limits(), "3..76");
 }
 
-TEST_F(AConnector, IgnoresTheEndOfAnErrorThatItDoesNotKnow) {
-  mConnector->AddError(1004);
-  mHistory->Take();
-  Log::SetLogLevel(ELogLevel::ETrace);
-  mConnector->RemoveError(1002);
-  EXPECT_THAT(mHistory->Take(), IsEmpty());
-  EXPECT_THAT(mLog.Lines(), ElementsAre(LogCapture::Line{ELogLevel::ETrace,
-                                                         "[Connector 1] CConnector::RemoveError"}));
-}
-
-TEST_F(AConnector, ShowsAnErrorWhileDisabledButNotOverTheDisabling) {
-  mConnector->AddError(1004);
-  EXPECT_EQ(Lamp(), "Red/Blink3");
-  mConnector->Disable();
-  EXPECT_EQ(Lamp(), "Yellow/On");
-  mSessions->Notify(kChanging);
-  EXPECT_EQ(Lamp(), "Red/Blink3");
-}
-
-TEST_F(AConnector, ShowsAnEventBeforeEverythingElseUntilItsTimeIsOver) {
-  const struct {
-    EConnectorEvent event;
-    const char* lamp;
-    const char* limits;
-  } rows[] = {
-      {EConnectorEvent::EAuthSuccess, "Green/Flashing", "0..50"},
-      {EConnectorEvent::EAuthFailure, "Red/Flashing", "0..50"},
-      {EConnectorEvent::EIdentify, "White/Flashing", "0..1000"},
-  };
-  for (const auto& [event, lamp, limits] : rows) {
-    SCOPED_TRACE(lamp);
-    mConnector->AddError(1002);
-    mConnector->ShowEvent(event, 1000ms);
-    EXPECT_EQ(Lamp(), lamp);
-    EXPECT_EQ(Limits(), limits);
-    mConnector->RemoveError(1002);
-    mConnector->Enable();
-    mSessions->Notify(kCharging);
-    mConnector->AddError(1004);
-    Advance(999ms);
-    EXPECT_EQ(Lamp(), lamp);
-    Advance(1ms);
-    EXPECT_EQ(Lamp(), "Red/Blink3");
-    EXPECT_EQ(Limits(), "0..50");
-    mConnector->RemoveError(1004);
-    EXPECT_EQ(Lamp(), "Blue/Pulsating");
-  }
-}
-
-TEST_F(AConnector, GivesTheNextEventItsWholeTime) {
-  mConnector->Enable();
-  mConnector->ShowEvent(EConnectorEvent::EIdentify, 5000ms);
-  Advance(4999ms);
-  mConnector->ShowEvent(EConnectorEvent::EAuthSuccess, 1000ms);
-  EXPECT_EQ(Lamp(), "Green/Flashing");
-  EXPECT_EQ(Limits(), "0..50");
-  Advance(999ms);
-  EXPECT_EQ(Lamp(), "Green/Flashing");
-  Advance(1ms);
-  EXPECT_EQ(Lamp(), "Yellow/On");
-}
-
-TEST_F(AConnector, KeepsTheEventsLampWhenTheStateIsChangingAtItsEnd) {
-  mConnector->Enable();
-  mSessions->Notify(kCharging);
-  mConnector->ShowEvent(EConnectorEvent::EAuthFailure, 1000ms);
-  mSessions->Notify(kChanging);
-  Advance(1000ms);
-  EXPECT_EQ(Lamp(), "Red/Flashing");
-  mSessions->Notify(kCharging);
-  EXPECT_EQ(Lamp(), "Blue/Pulsating");
-}
-
 TEST_F(AConnector, HoldsTheLampForAnUnknownEventToo) {
   mConnector->Enable();
   mSessions->Notify(kAvailable);
@@ -185,69 +181,6 @@ TEST_F(AConnector, HoldsTheLampForAnUnknownEventToo) {
   EXPECT_EQ(Lamp(), "Blue/Pulsating");
 }
 
-TEST_F(AConnector, ReportsEachChangeOfItsLampOnce) {
-  mConnector->Enable();
-  mSessions->Notify(kCharging);
-  mSessions->Notify(12);
-  mConnector->AddError(1004);
-  mConnector->AddError(1005);
-  mConnector->RemoveError(1004);
-  mConnector->RemoveError(1005);
-  EXPECT_THAT(Reports(), ElementsAre("Blue/Pulsating", "Red/Blink3", "Blue/Pulsating"));
-}
-
-TEST_F(AConnector, ExplainsItsDecisionsInTheLog) {
-  const auto debugLines = [this] {
-    std::vector<std::string> texts;
-    for (const LogCapture::Line& line : mLog.Lines()) {
-      if (line.mText.starts_with("(src/components/connector:")) {
-        EXPECT_EQ(line.mLevel, ELogLevel::EDebug);
-        texts.push_back(line.mText.substr(std::string("(src/components/connector:").size()));
-      }
-    }
-    mLog.Clear();
-    return texts;
-  };
-  Log::SetLogLevel(ELogLevel::EDebug);
-  mSessions->Notify(kCharging);
-  EXPECT_THAT(debugLines(),
-              ElementsAre("121) [Connector 1] SessionManager notified state: 6",
-                          "152) [Connector 1] Connector is not yet enabled, show disabled LED"));
-  mConnector->Enable();
-  EXPECT_THAT(debugLines(), ElementsAre("158) [Connector 1] Change LED for State: 3"));
-  mConnector->AddError(1004);
-  EXPECT_THAT(debugLines(), ElementsAre("147) [Connector 1] Change LED for Signal: 1004"));
-  mConnector->ShowEvent(EConnectorEvent::EIdentify, 1000ms);
-  EXPECT_THAT(debugLines(), ElementsAre("66) [Connector 1] Change LED for Event: 2"));
-  mConnector->RemoveError(1004);
-  EXPECT_THAT(debugLines(),
-              ElementsAre("142) [Connector 1] Connector is already showing event, skip update "
-                          "connector LED"));
-  Advance(1000ms);
-  EXPECT_THAT(debugLines(), ElementsAre("131) [Connector 1] Active event reset, updating led...",
-                                        "158) [Connector 1] Change LED for State: 3"));
-}
-
-TEST_F(AConnector, TracesItsOperations) {
-  Log::SetLogLevel(ELogLevel::ETrace);
-  mConnector->Enable();
-  mConnector->ShowEvent(EConnectorEvent::EAuthSuccess, 1000ms);
-  Advance(1000ms);
-  mConnector->AddError(1004);
-  mSessions->Notify(kAvailable);
-  mConnector->Disable();
-  std::vector<std::string> traces;
-  for (const LogCapture::Line& line : mLog.Lines()) {
-    if (line.mText.starts_with("[Connector 1] CConnector::")) {
-      EXPECT_EQ(line.mLevel, ELogLevel::ETrace);
-      traces.push_back(line.mText.substr(std::string("[Connector 1] CConnector::").size()));
-    }
-  }
-  EXPECT_THAT(traces, ElementsAre("Enable", "ShowEvent", "MapEventToLedState", "AddError",
-                                  "MapErrorToLedState", "HandleSessionStateChanged",
-                                  "MapErrorToLedState", "Disable"));
-}
-
 TEST_F(AConnector, LetsNobodyCallItAfterItsEnd) {
   mConnector->Enable();
   mConnector->ShowEvent(EConnectorEvent::EIdentify, 1000ms);
@@ -256,23 +189,6 @@ TEST_F(AConnector, LetsNobodyCallItAfterItsEnd) {
   EXPECT_FALSE(mSessions->Notify(kCharging));
   Advance(2000ms);
   EXPECT_THAT(mHistory->Take(), IsEmpty());
-}
-
-TEST(ConnectorTables, ListEachErrorOnceAndOnlyThoseWithACodeOfTheirOwn) {
-  EXPECT_TRUE(
-      std::ranges::is_sorted(kErrorModes, std::ranges::less_equal{}, &CErrorMode::identifier));
-  for (const CErrorMode& row : kErrorModes) {
-    EXPECT_NE(row.mode, kOtherErrorMode);
-  }
-}
-
-TEST(ConnectorTables, ShowNoEventAsAStateOrAnErrorOrAnotherEvent) {
-  std::vector<CLedState> leds(kEventLeds.begin(), kEventLeds.end());
-  for (const CLedState& event : kEventLeds) {
-    EXPECT_EQ(std::ranges::count(leds, event), 1);
-    EXPECT_EQ(std::ranges::count(kStateLeds, std::optional(event)), 0);
-    EXPECT_EQ(std::ranges::count(kErrorModes, event.mode, &CErrorMode::mode), 0);
-  }
 }
 
 }  // namespace
