@@ -20,7 +20,7 @@ constexpr auto kModes = std::to_array<const char*>(
     {"On", "Off", "Pulsating", "Flashing", "Blink1", "Blink2", "Blink3", "Blink4", "Blink5",
      "Blink6", "Blink7", "Blink8", "Blink9", "Blink10"});
 
-class ANewLedControl : public CLampFixture {};
+using ANewLedControl = CLampFixture;
 
 class ALedControl : public CLampFixture {
  protected:
@@ -28,24 +28,6 @@ class ALedControl : public CLampFixture {
 
   const std::shared_ptr<CLedControl> mControl = CreateLedControl();
 };
-
-TEST_F(ANewLedControl, StartsDarkAndThenLightsYellowWithoutAReport) {
-  const auto control = CreateLedControl();
-  EXPECT_THAT(mHistory->Take(),
-              ElementsAre("red trigger=pattern", "red max_pattern_brightness awaited for 500",
-                          "green trigger=pattern", "green max_pattern_brightness awaited for 500",
-                          "blue trigger=pattern", "blue max_pattern_brightness awaited for 500",
-                          "red min_pattern_brightness=0", "red pattern=0 0 0 0",
-                          "green min_pattern_brightness=0", "green pattern=0 0 0 0",
-                          "blue min_pattern_brightness=0", "blue pattern=0 0 0 0",
-                          "red max_pattern_brightness=1000", "red min_pattern_brightness=0",
-                          "green max_pattern_brightness=1000", "green min_pattern_brightness=0",
-                          "red min_pattern_brightness=0", "red pattern=1000 0 1000 0",
-                          "green min_pattern_brightness=0", "green pattern=1000 0 1000 0"));
-  EXPECT_EQ(control->GetBrightness(), 100);
-  EXPECT_THAT(Reports(), IsEmpty());
-  EXPECT_THAT(mLog.Lines(), IsEmpty());
-}
 
 TEST_F(ANewLedControl, LightsTheLampAlsoWhenAChannelCannotBeSetUp) {
   mChannels.at("green")->Fail(EOperation::EWrite, "trigger");
@@ -72,39 +54,6 @@ TEST_F(ALedControl, ShowsAndReportsEveryColourInEveryMode) {
   }
 }
 
-TEST_F(ALedControl, DoesNothingWhenNothingChanges) {
-  Log::SetLogLevel(ELogLevel::EDebug);
-  EXPECT_TRUE(mControl->SetMainLed(ELedColor::EYellow, ELedMode::EOn));
-  EXPECT_THAT(mHistory->Take(), IsEmpty());
-  EXPECT_THAT(Reports(), IsEmpty());
-  EXPECT_THAT(
-      mLog.Lines(),
-      ElementsAre(LogCapture::Line{ELogLevel::EDebug,
-                                   "(../feedback/src/components/ledcontrol:58) LED set to "
-                                   "[Yellow | On]"},
-                  LogCapture::Line{ELogLevel::EDebug,
-                                   "(../feedback/src/components/ledcontrol:62) LED type and mode "
-                                   "identical, skipping SetMainLed"}));
-}
-
-TEST_F(ALedControl, SwitchesTheOldColourOffBeforeItShowsTheNewOne) {
-  EXPECT_TRUE(mControl->SetMainLed(ELedColor::ERed, ELedMode::EOn));
-  EXPECT_THAT(mHistory->Take(),
-              ElementsAre("red min_pattern_brightness=0", "red pattern=0 0 0 0",
-                          "green min_pattern_brightness=0", "green pattern=0 0 0 0",
-                          "red max_pattern_brightness=1000", "red min_pattern_brightness=0",
-                          "red min_pattern_brightness=0", "red pattern=1000 0 1000 0"));
-}
-
-TEST_F(ALedControl, ChangesTheModeOfAColourWithoutADarkMoment) {
-  mControl->SetMainLed(ELedColor::ERed, ELedMode::EOn);
-  mHistory->Take();
-  EXPECT_TRUE(mControl->SetMainLed(ELedColor::ERed, ELedMode::EPulsating));
-  EXPECT_THAT(mHistory->Take(),
-              ElementsAre("red max_pattern_brightness=1000", "red min_pattern_brightness=3",
-                          "red pattern=1000 2500 0 2500 "));
-}
-
 TEST_F(ALedControl, ScalesTheBrightnessAboveItsFloorAndThePulsatingLimits) {
   const struct {
     ELedMode mode;
@@ -127,15 +76,6 @@ TEST_F(ALedControl, ScalesTheBrightnessAboveItsFloorAndThePulsatingLimits) {
     EXPECT_EQ(Limits(), limits);
     EXPECT_EQ(control->GetBrightness(), brightness);
   }
-}
-
-TEST_F(ALedControl, KeepsTheBrightnessThatItsFloorHides) {
-  mControl->SetBrightness(10);
-  EXPECT_TRUE(mControl->SetMinimumBrightness(30));
-  EXPECT_EQ(Limits(), "0..300");
-  EXPECT_EQ(mControl->GetBrightness(), 10);
-  EXPECT_TRUE(mControl->ResetMinimumBrightness());
-  EXPECT_EQ(Limits(), "0..100");
 }
 
 TEST_F(ALedControl, TouchesNoFurtherChannelAfterOneThatFailed) {
@@ -209,19 +149,6 @@ TEST_F(ALedControl, StampsItsReportWithTheTimeOfTheChange) {
   EXPECT_LE(time, after);
 }
 
-TEST_F(ALedControl, ShowsTheLampAlsoWhenItsReportCannotBeSent) {
-  mDiagnostics->Fail("nobody there");
-  EXPECT_TRUE(mControl->SetMainLed(ELedColor::EBlue, ELedMode::EOn));
-  EXPECT_EQ(Lamp(), "Blue/On");
-  EXPECT_THAT(mLog.Lines(),
-              ElementsAre(LogCapture::Line{ELogLevel::EError,
-                                           "(../feedback/src/components/ledcontrol:145) Failed to "
-                                           "send diagnostics data. Error: 'nobody there'."}));
-  mDiagnostics->Recover();
-  mControl->SetMainLed(ELedColor::ERed, ELedMode::EOn);
-  EXPECT_THAT(Reports(), ElementsAre("Red/On"));
-}
-
 // Takes no signal before it is let go.
 class CHangingDiagnostics : public CFakeDiagnostics {
  public:
@@ -292,22 +219,6 @@ TEST_F(ALedControl, LightsOneColourWhenTwoAreAskedForAtOnce) {
             [this] { mControl->SetMainLed(ELedColor::EBlue, ELedMode::EFlashing); }});
     ASSERT_THAT(Lamp(), testing::AnyOf("Red/On", "Blue/Flashing"));
     ASSERT_EQ(Reports().back(), Lamp());
-  }
-}
-
-TEST(ABlinkCode, LastsFiveSecondsWhateverItsPulses) {
-  for (int pulses = 1; pulses <= 10; ++pulses) {
-    SCOPED_TRACE(pulses);
-    const auto pattern = BlinkCode(pulses);
-    ASSERT_TRUE(pattern);
-    int length = 0;
-    int lit = 0;
-    for (const CLightStep& step : *pattern) {
-      length += step.durationMilliseconds;
-      lit += step.brightness == 1000;
-    }
-    EXPECT_EQ(length, 5000);
-    EXPECT_EQ(lit, pulses);
   }
 }
 
