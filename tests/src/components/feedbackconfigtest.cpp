@@ -1,15 +1,15 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <json/json.h>
 
 #include <fstream>
 #include <iterator>
-#include <memory>
+#include <sstream>
 #include <string>
 
-#include "platform/kvconfig/kvconfig.h"
 #include "src/components/feedbackconfig.h"
 #include "tests/support/logcapture.h"
-#include "tests/support/temporarydirectory.h"
+#include "utils/settingscatalogue.h"
 
 namespace {
 
@@ -47,34 +47,23 @@ TEST(AFeedbackConfig, WarnsOfAModeThatItDoesNotKnow) {
   EXPECT_EQ(log.Lines().size(), 4U);
 }
 
-TEST(TheConfigurationDocument, ShowsAStoreWithEveryKey) {
+TEST(TheConfigurationDocument, ShowsAStoreWithEveryKeyAndItsTypeAndDefault) {
   std::ifstream file(SOURCE_DIRECTORY "/docs/configuration.md");
   const std::string document(std::istreambuf_iterator<char>(file), {});
-  const size_t begin = document.find("```json\n") + 8;
-  const TemporaryDirectory directory;
-  KvConfig::SetStore(directory.WriteFile(
-      "ovra.json", document.substr(begin, document.find("```", begin) - begin)));
-  const auto fail = [](const std::string& error) { ADD_FAILURE() << error; };
-  const auto open = [&](const char* section) {
-    return std::unique_ptr<KvConfig::IReadOnlyConfig>(
-        KvConfig::CreateReadOnly(section, fail, false));
-  };
-  const auto settings = open(Settings::kSection);
-  const auto hardware = open(Settings::kHardwareSection);
-
-  // Two defaults: a key that the example has gives the same with both.
-  using namespace Settings;
-  EXPECT_EQ(settings->GetString(kLedIntensityMode, "a"),
-            settings->GetString(kLedIntensityMode, ""));
-  for (const char* key : {kLedIntensityMin, kLedIntensityMax, kLedIntensityManual, kBuzzerVolume}) {
-    EXPECT_EQ(settings->GetInt(key, -1), settings->GetInt(key, -2)) << key;
-    EXPECT_THAT(document, HasSubstr("| `" + std::string(key) + "` | integer |"));
-  }
-  EXPECT_EQ(settings->GetBool(kInstallationComplete, true),
-            settings->GetBool(kInstallationComplete, false));
-  for (const char* key : {kHasLed, kHasMeterDisplay, kHasBuzzer}) {
-    EXPECT_EQ(hardware->GetBool(key, true), hardware->GetBool(key, false)) << key;
-    EXPECT_THAT(document, HasSubstr("| `" + std::string(key) + "` | boolean |"));
+  Json::Value example;
+  std::istringstream(document.substr(document.find("```json\n") + 8)) >> example;
+  for (const auto& setting : kSettings) {
+    const Json::Value& value = example[std::string(setting.section)][std::string(setting.key)];
+    const bool isNumber = setting.type == ESettingType::EInteger;
+    const bool isBool = setting.type == ESettingType::EBool;
+    const auto type = isNumber ? "integer" : isBool ? "boolean" : "text";
+    EXPECT_TRUE(isNumber ? value.isInt()
+                : isBool ? value.isBool()
+                         : value.isString())
+        << setting.key;
+    const auto defaultText = isNumber || isBool ? setting.defaultText : "empty";
+    EXPECT_THAT(document,
+                HasSubstr(fmt::format("| `{}` | {} | {} |", setting.key, type, defaultText)));
   }
 }
 
