@@ -1,9 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -203,23 +201,6 @@ TEST_F(AnActionHandler, FollowsTheLightStepByStepWithEachTick) {
   EXPECT_EQ(After(200ms), "led 11, meter 11, meter 11");
   mHandler->IntStopMonitoring();
   EXPECT_EQ(After(10s), "sensor off");
-}
-
-TEST_F(AnActionHandler, LeadsTheLampThroughAMinuteOfSunriseCloudsAndNightOneStepATick) {
-  Monitor({{"HwHasLed", true}}, {{"HmiLedIntensityMode", "Auto"}, {"HmiLedIntensityMin", 10}});
-  int shown = 10;
-  int highest = 0;
-  for (int tick = 1; tick <= 300; ++tick) {
-    const int light = tick > 160 ? 0 : tick % 40 < 4 ? 20 : std::min(tick, 130);
-    mHardware->mLight = static_cast<uint8_t>(light);
-    const auto asked = 10 + static_cast<int>(std::lround(0.9 * std::min(light, 100)));
-    const int next = std::clamp(asked, shown - 1, shown + 1);
-    EXPECT_EQ(After(200ms), next == shown ? "" : "led " + std::to_string(next)) << tick;
-    shown = next;
-    highest = std::max(highest, shown);
-  }
-  EXPECT_EQ(highest, 100);
-  EXPECT_EQ(shown, 10);
 }
 
 TEST_F(AnActionHandler, AppliesChangedSettingsWithTheNextTick) {
