@@ -102,6 +102,10 @@ class Page:
         self.run("arguments[0].scrollIntoView({block: 'center'})", button)
         button.click()
 
+    def wait_for_focus(self, name):
+        wait_until(lambda: name == self.run("return document.activeElement.ariaLabel ?? document.activeElement.innerText"),
+                   f'the focus at "{name}"')
+
     def type(self, selector, *keys):
         self.find(selector).send_keys(*keys)
 

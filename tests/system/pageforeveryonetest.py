@@ -105,6 +105,15 @@ class ThePageForEveryone(PageTest):
         self.assertEqual(page.run("return [controls().filter((each) => !reached.has(each)).map(named), unseen, covered]"),
                          [[], [], []])
 
+    def test_leaves_the_keyboard_at_a_neighbour_where_a_control_goes(self):
+        for card, name, neighbour in (("#processes", "kill meter", "start meter"),
+                                      ("#processes", "start meter", "kill meter"),
+                                      ("#processes", "freeze meter", "thaw meter"),
+                                      ("#alerts", "thaw meter", "Enable")):
+            with self.subTest(name):
+                self.page.press(card, name)
+                self.page.wait_for_focus(neighbour)
+
     def test_keeps_the_lamp_in_sight_and_each_part_one_tap_away_on_a_phone(self):
         page = self.page
         self.addCleanup(page.resize, 1440, 900)

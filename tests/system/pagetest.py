@@ -226,8 +226,10 @@ class ThePage(PageTest):
         desk = Desk(f"{self.desk_name}-lost")
         page = Page(desk.url)
         self.addCleanup(page.close)
+        page.type("#step", "enab")
         self.assertEqual(desk.end(), 0)
         page.wait_for("#alerts", "connection to the charger is lost")
+        page.wait_for_focus("Try now")
         self.assertFalse(page.find("#enable").is_enabled())
         again = Desk(f"{self.desk_name}-lost", "--port", desk.port)
         self.addCleanup(again.end)
@@ -268,7 +270,8 @@ class ThePage(PageTest):
         page = self.page
         count = lambda: int(page.text("#log .count").split()[-1])
         shown = lambda: page.run("const rows = [...document.querySelectorAll('#log .row')]; return [rows.length,"
-                                 "rows[0].getBoundingClientRect().top, rows[0].innerText, rows.at(-1).innerText]")
+                                 "rows[0].getBoundingClientRect().top - rows[0].parentNode.parentNode.getBoundingClientRect().top,"
+                                 "rows[0].innerText, rows.at(-1).innerText]")
         scroll = lambda by: page.run(f"const list = document.querySelector('#log .rows'); list.scrollBy(0, {by});"
                                      "return [...list.querySelectorAll('.row')].map((row) => row.innerText)")
 
@@ -314,7 +317,9 @@ class ThePage(PageTest):
         self.page.wait_for_lamp("Blue pulsating")
         self.page.press("#scenarios", "Play")
         self.page.wait_for("#scenarios .progress", "beeps:")
+        self.page.wait_for_focus("Stop")
         self.page.press("#scenarios", "Stop")
+        self.page.wait_for_focus("Play")
         self.page.press("#scenarios", "Bring back my charger")
         self.page.wait_for("#scenarios .progress", "✓ your charger is back")
         self.page.wait_for_lamp("Blue pulsating")

@@ -2,8 +2,8 @@
 
 import { el } from "./dom.js";
 
-// build(key) gives a chip; onward() what takes the focus when the chip that has it goes.
-export function chips(label, build, onward) {
+// build(key) gives a chip.
+export function chips(label, build) {
   const list = el("ul", { className: "chips", "aria-label": label });
   let shown = new Map();
   return {
@@ -16,10 +16,8 @@ export function chips(label, build, onward) {
     // Chips that stay are left alone.
     show(keys) {
       if (keys.length === shown.size && keys.every((key) => shown.has(key))) return;
-      const focused = list.contains(document.activeElement) && document.activeElement;
       shown = new Map(keys.map((key) => [key, shown.get(key) ?? build(key)]));
       list.replaceChildren(...shown.values());
-      if (focused) (list.contains(focused) ? focused : onward()).focus();
     },
   };
 }

@@ -36,7 +36,7 @@ export function errors(root, desk) {
       button("end", () => own.step(`error ${identifier} off`),
         { "aria-label": `End ${kind} ${identifier} ${text}` }));
   };
-  const list = chips("Active errors and warnings", chip, () => picker.input);
+  const list = chips("Active errors and warnings", chip);
   const own = cardGroup(desk, root, none, list.list, picker.root);
 
   return {

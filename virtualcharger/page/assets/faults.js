@@ -42,7 +42,7 @@ export function faults(root, desk) {
   const heal = button("Heal all", () => own.step("heal"));
   const chip = (key) => el("li", { className: "chip error" }, el("span"),
     button("heal", () => own.step(`heal ${key}`), { "aria-label": `Heal ${key}` }));
-  const active = chips("Active faults", chip, () => apply);
+  const active = chips("Active faults", chip);
   const own = cardGroup(desk, root, active.list, grid, list, el("div", { className: "line" },
     parameter, el("label", { className: "line" }, "next writes", times), apply, heal));
 

@@ -30,9 +30,7 @@ function processRow(name, step) {
       setText(status, process.status);
       setText(detail, process.detail);
       showAge(age, process.since);
-      const focused = root.contains(document.activeElement) && document.activeElement;
       for (const [when, each] of buttons) each.disabled = !when.includes(process.status);
-      if (focused?.disabled) buttons.find(([, each]) => !each.disabled)?.[1].focus();
     },
   };
 }
