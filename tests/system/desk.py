@@ -49,7 +49,8 @@ class Desk:
         """Its exit status, as after Ctrl-C."""
         if self._process.poll() is None:
             self._process.send_signal(signal.SIGINT)
-        self.said += self._process.communicate(timeout=GENEROUS)[0]
+        if not self._process.stdout.closed:
+            self.said += self._process.communicate(timeout=GENEROUS)[0]
         if not self._beside:
             self.folder.cleanup()
         return self._process.returncode

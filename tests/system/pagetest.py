@@ -201,6 +201,7 @@ class ThePage(PageTest):
 
     def test_names_a_daemon_that_does_not_come_to_serve_and_a_folder_that_is_gone(self):
         desk = Desk(f"{self.desk_name}-troubled")
+        self.addCleanup(desk.end)
         page = Page(desk.url)
         self.addCleanup(page.close)
         store = next(pathlib.Path(desk.folder.name).glob("charger-*/etc/ovra.json"))
