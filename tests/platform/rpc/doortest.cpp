@@ -201,25 +201,6 @@ TEST_F(TheDoor, ClosesConnectionsThatDoNotSpeakTheProtocol) {
   EXPECT_TRUE(Answers());
 }
 
-TEST_F(TheDoor, ServesOthersWhileHundredsStaySilent) {
-  std::vector<CDescriptor> silent;
-  for (int i = 0; i < 400; ++i) {
-    silent.push_back(Connected(mPath));
-  }
-  EXPECT_TRUE(IsClosedByPeer(silent.front())) << "the oldest gives way";
-  EXPECT_TRUE(Answers());
-}
-
-TEST_F(TheDoor, SurvivesHundredsOfAbruptEnds) {
-  for (int i = 0; i < 300; ++i) {
-    const auto connection = Connected(mPath);
-    if (i % 2 == 0) {
-      send(connection.Get(), "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n", 24, MSG_NOSIGNAL);
-    }
-  }
-  EXPECT_TRUE(Answers());
-}
-
 TEST_F(TheDoor, ServesOthersAgainAfterIdleConnectionsTookAllPlaces) {
   // The preface and an empty SETTINGS frame (RFC 9113, section 6.5), and then nothing.
   const std::string greeting("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n\0\0\0\4\0\0\0\0\0", 33);

@@ -101,16 +101,8 @@ class Arrivals {
 // A session manager at the serving end.
 class ServedSessionManager : public ISessionManager {
  public:
-  ipc::MConnectorInfo GetConnectorInfo(const ipc::MInstanceType&) override {
-    ipc::MConnectorInfo info;
-    info.mutable_session()->set_session_id("session 1");
-    return info;
-  }
-  ipc::MResult Authorize(const ipc::MAuthorizeRequest& request) override {
-    ipc::MResult result;
-    result.set_text(request.id_token());
-    return result;
-  }
+  ipc::MConnectorInfo GetConnectorInfo(const ipc::MInstanceType&) override { return {}; }
+  ipc::MResult Authorize(const ipc::MAuthorizeRequest&) override { return {}; }
   void SetConnectorStateCallback(ConnectorStateCallback callback) override {
     mCallback = std::move(callback);
   }
