@@ -25,7 +25,6 @@ class CFakeDiagnostics : public IDiagnostics {
   ipc::MDiagnosticsSignal ReceiveSignal(const ipc::MDiagnosticsRequest& request) override {
     const std::lock_guard lock(mMutex);
     ThrowIfTold();
-    mRequests.push_back(request);
     const auto held = mHeld.find(request.identifier());
     if (held == mHeld.end()) {
       throw Rpc::CommunicationException("Diagnostics: no value");
@@ -33,20 +32,12 @@ class CFakeDiagnostics : public IDiagnostics {
     return held->second;
   }
 
-  void SetNotificationCallback(NotificationCallback callback) override {
-    const std::lock_guard lock(mMutex);
-    mCallback = std::move(callback);
-  }
+  void SetNotificationCallback(NotificationCallback) override {}
 
   // Every signal that was taken, the oldest first.
   std::vector<ipc::MDiagnosticsSignal> Sent() const {
     const std::lock_guard lock(mMutex);
     return mSent;
-  }
-
-  std::vector<ipc::MDiagnosticsRequest> Requests() const {
-    const std::lock_guard lock(mMutex);
-    return mRequests;
   }
 
   // From now on calls throw Rpc::CommunicationException with the text, and take nothing.
@@ -72,27 +63,6 @@ class CFakeDiagnostics : public IDiagnostics {
     mHeld[signal.identifier()] = signal;
   }
 
-  bool HasSubscriber() const {
-    const std::lock_guard lock(mMutex);
-    return static_cast<bool>(mCallback);
-  }
-
-  // Notifies on the caller's thread and returns the subscriber's reply; without a subscriber, none.
-  std::optional<ipc::MResult> Notify(const ipc::MDiagnosticsSignal& signal,
-                                     ipc::MDiagnosticsNotificationType::Type type) {
-    NotificationCallback callback;
-    {
-      const std::lock_guard lock(mMutex);
-      callback = mCallback;
-    }
-    if (!callback) {
-      return std::nullopt;
-    }
-    ipc::MDiagnosticsNotificationType notification;
-    notification.set_type(type);
-    return callback(signal, notification);
-  }
-
  private:
   void ThrowIfTold() const {
     if (mFailure) {
@@ -103,9 +73,7 @@ class CFakeDiagnostics : public IDiagnostics {
   mutable std::mutex mMutex;
   // Guarded by mMutex.
   std::vector<ipc::MDiagnosticsSignal> mSent;
-  std::vector<ipc::MDiagnosticsRequest> mRequests;
   std::map<ipc::ESignalIdentifier, ipc::MDiagnosticsSignal> mHeld;
   std::optional<std::string> mFailure;
   ipc::MResult mReply;
-  NotificationCallback mCallback;
 };

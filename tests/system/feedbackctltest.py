@@ -67,27 +67,6 @@ class FeedbackCtl(unittest.TestCase):
         peers[0].wait()
         self.assertEqual(self.run_tool("lamp")[0], 1)
 
-    def test_follows_a_daemon_that_goes_and_comes_back(self):
-        daemon, _ = self.start_charger()
-        watch = subprocess.Popen(self.command("watch"), stdout=subprocess.PIPE, text=True)
-        self.addCleanup(watch.stdout.close)
-        self.addCleanup(watch.kill)
-
-        def next_line(*words):
-            for line in watch.stdout:
-                if line.split()[1:3] == list(words):
-                    return
-            self.fail(f"it ended before it told {words}")
-
-        next_line("state", "Enabled")
-        daemon.kill()
-        daemon.wait()
-        next_line("daemon", "not")
-        self.charger.daemon()
-        next_line("state", "Uninitialized")
-        watch.send_signal(signal.SIGINT)
-        self.assertEqual(watch.wait(GENEROUS), 0)
-
     def test_redraws_its_view_only_on_a_terminal_that_can(self):
         self.start_charger()
         self.set_error(1004, True)
