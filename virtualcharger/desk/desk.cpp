@@ -14,10 +14,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kInterval = 40ms;    // between two publications
-constexpr auto kGlance = 50ms;      // between two looks while a step goes on
-constexpr auto kRecording = 100ms;  // between two looks at what stays
-constexpr auto kSettled = 10ms;     // after the last write to the lamp: the daemon writes on
+constexpr auto kInterval = 40ms;        // between two publications
+constexpr auto kGlance = 50ms;          // between two looks while a step goes on
+constexpr auto kRecording = 100ms;      // between two looks at what stays
+constexpr auto kRecordingTold = 500ms;  // between two tellings of it
+constexpr auto kSettled = 10ms;         // after the last write to the lamp: the daemon writes on
 
 // Exists from now on, so that it can be watched.
 std::string MadeFile(std::string path) {
@@ -184,6 +185,7 @@ void CDesk::Publish() {
     state["now"] = mClock(mPublished);
     mServer.Publish(Compact(state), CPageServer::EWaiting::Replace);
   }
+  PublishRecording();
   PublishRows("timeline", mTimeline.TakeNew());
   PublishRows("messages", mMessages.TakeNew());
   PublishRows("log", mLog.TakeNew());
@@ -206,6 +208,18 @@ void CDesk::LookForTrouble() {
   if (!mTrouble.empty()) fmt::print(stderr, "virtual-charger: {}\n", mTrouble);
 }
 
+// It can be long, so that not every word of it is told at once.
+void CDesk::PublishRecording() {
+  if (mRecorder.IsOn() && mPublished - mRecordingTold < kRecordingTold) return;
+  auto text = mRecorder.Text();
+  if (text == mRecording) return;
+  mRecordingTold = mPublished;
+  mRecording = std::move(text);
+  auto message = mClock.Message("recording");
+  message["text"] = mRecording;
+  mServer.Publish(Compact(message));
+}
+
 void CDesk::PublishRows(const char* type, Json::Value rows) {
   if (rows.empty()) return;
   auto message = mClock.Message(type);
@@ -222,7 +236,7 @@ Json::Value CDesk::State() const {
   state["play"] = mPlay.State();
   state["play"]["back"] = mKept.IsThere();
   state["recording"]["on"] = mRecorder.IsOn();
-  state["recording"]["text"] = mRecorder.Text();
+  state["recording"]["full"] = mRecorder.IsFull();
   return state;
 }
 
@@ -243,6 +257,7 @@ void CDesk::Greet(CInbox::ClientId client, bool mayWrite) {
   hello["timeline"] = mTimeline.Rows();
   hello["messages"] = mMessages.Rows();
   hello["log"] = mLog.Rows();
+  hello["recording"]["text"] = mRecording;
   hello["state"] = State();
   hello["lamp"] = mLamp.From(std::chrono::steady_clock::now());
   mServer.Greet(client, Compact(hello));

@@ -83,6 +83,7 @@ class CDesk {
   Json::Value State() const;
   void Greet(CInbox::ClientId client, bool mayWrite);
   void PublishTokens();
+  void PublishRecording();
   void PublishRows(const char* type, Json::Value rows);
 
   const SDeskSettings mSettings;
@@ -105,6 +106,8 @@ class CDesk {
   const Json::Value mNewSettings;
   CKeptCharger mKept;
   CRecorder mRecorder;
+  std::string mRecording;  // as published last
+  TimePoint mRecordingTold{};
   CLogFeed mLog;
   CMessageFeed mMessages;
   std::vector<SUnderWay> mSteps;

@@ -30,6 +30,7 @@ class CRecorder {
 
   // A recording that is forgotten ends by itself after so many lines, and says so in its text.
   static constexpr std::size_t kMostLines = 2000;
+  bool IsFull() const { return mLines.size() > kMostLines; }
 
   // A step begins; its place is for Ended.
   std::size_t Step(TimePoint now, const std::string& line);

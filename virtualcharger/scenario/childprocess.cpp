@@ -30,7 +30,7 @@ constexpr int kCannotExecute = 127;
   close_range(STDERR_FILENO + 1, UINT_MAX, 0);
   sigset_t none;
   sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   signal(SIGPIPE, SIG_DFL);
   execv(arguments[0], arguments);
   _exit(kCannotExecute);
@@ -99,5 +99,6 @@ std::optional<int> CChildProcess::Ended() {
 
 std::string DescribeEnd(int status) {
   if (WIFEXITED(status)) return fmt::format("exit status {}", WEXITSTATUS(status));
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the text of a signal that there is stays as it is
   return fmt::format("signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
 }

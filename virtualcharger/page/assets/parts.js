@@ -21,6 +21,7 @@ export function partsOf(parts) {
         // A greeting brings the whole picture.
         tell("state", message.state);
         tell("lamp", message.lamp);
+        tell("recording", message.recording);
       }
     },
   };
