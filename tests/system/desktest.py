@@ -229,7 +229,7 @@ class TheDesk(DeskTest):
         desk.wait_for_state(lambda state: lamp(state) == ("Yellow", "On"), "the disabled lamp")
         self.assertTrue(desk.done(desk.ask("record", on=False))["ok"])
         desk.wait_for_state(lambda state: not state["recording"]["on"], "the end of the recording")
-        text = desk.wait_for(lambda: "lamp yellow" in desk.last("recording")["text"] and
+        text = desk.wait_for(lambda: "accepted rejected" in desk.last("recording")["text"] and
                              desk.last("recording")["text"], "the text")
         for line in ("set HmiLedIntensityManual 60", "connector charging", "expect lamp red blink3",
                      "expect beep", "card accepted rejected", "expect lamp yellow on"):
