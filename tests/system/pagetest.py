@@ -289,8 +289,8 @@ class ThePage(PageTest):
         write(100)
         self.assertEqual(shown(), before)
         self.assertLessEqual(before[0], 200)
-        wait_until(lambda: scroll(300)[0] != before[2], "the oldest lines to make room")
-        wait_until(lambda: scroll(-300)[0] == before[2], "the oldest lines to come back")
+        wait_until(lambda: scroll(2000)[0] != before[2], "the oldest lines to make room")
+        wait_until(lambda: scroll(-2000)[0] == before[2], "the oldest lines to come back")
         page.type("#log .rows", Keys.END)
         last = shown()[3]
         write(1)
