@@ -39,10 +39,10 @@ export function keepFocus(change) {
   const focused = document.activeElement;
   const trail = trailOf(focused);
   // Who works with the pointer looks somewhere else.
-  const options = { preventScroll: !focused.matches(":focus-visible") };
+  const preventScroll = trail.length > 0 && !focused.matches(":focus-visible");
   change();
   if (trail.length === 0 || (document.activeElement === focused && !isLost(focused))) return;
   const next = !isLost(focused) ? focused : focused === taken && !isLost(left) ? left : neighbour(trail);
   [left, taken] = [focused, next];
-  next?.focus(options);
+  next?.focus({ preventScroll });
 }

@@ -6,11 +6,22 @@ import { clock } from "./clock.js";
 // After a pause (a hidden tab) only the last moment is shown.
 const kLongestFrame = 250;
 
+// What nobody sees is kept up for those who search the page or hear it.
+export const kUnseenPause = 1000;
+
 const drawers = [];
 let last = 0;
 
-export function onFrame(draw) {
-  drawers.push(draw);
+// Tells whether an element is in sight or nearly so, at first and whenever that has changed.
+export function onSight(element, tell) {
+  new IntersectionObserver((entries) => tell(entries.at(-1).isIntersecting), { rootMargin: "200px" }).observe(element);
+}
+
+// For each frame; where an element is given that is out of sight, only now and then.
+export function onFrame(draw, element) {
+  const drawer = { draw, isSeen: true, drawn: -Infinity };
+  drawers.push(drawer);
+  if (element) onSight(element, (isSeen) => (drawer.isSeen = isSeen));
 }
 
 export function startFrames() {
@@ -19,7 +30,11 @@ export function startFrames() {
     // Another charger's clock may stand before the last frame's.
     const from = last > to ? to : Math.max(last, to - kLongestFrame);
     last = to;
-    if (to > from) drawers.forEach((draw) => draw(from, to));
+    for (const drawer of to > from ? drawers : []) {
+      if (!drawer.isSeen && moment - drawer.drawn < kUnseenPause) continue;
+      drawer.drawn = moment;
+      drawer.draw(from, to);
+    }
     requestAnimationFrame(frame);
   };
   requestAnimationFrame(frame);

@@ -2,13 +2,13 @@
 // newest ones while its end is followed, or those around what is read.
 
 import { button, el, setText } from "./dom.js";
+import { kUnseenPause, onSight } from "./frames.js";
 
 const kKept = 2000;
 const kShown = 200;
 const kStride = 100;    // so many rows further the shown ones begin, near one of their ends
 const kNearEnd = 24;
 const kNearEdge = 600;
-const kUnseenPause = 1000;
 
 // Makes the children of a list the elements of the rows. Those that stay are not touched.
 function place(list, before, rows, build) {
@@ -97,10 +97,10 @@ export function stream({ label, build, matches }) {
     keys[event.key]();
   });
 
-  new IntersectionObserver((entries) => {
-    isSeen = entries.at(-1).isIntersecting;
+  onSight(list, (now) => {
+    isSeen = now;
     if (isSeen && dirty) draw();
-  }, { rootMargin: "200px" }).observe(list);
+  });
 
   const trim = (some, most) => {
     for (const { data } of some.splice(0, Math.max(0, some.length - most))) byId.delete(data.id);

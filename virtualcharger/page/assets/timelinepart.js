@@ -118,7 +118,7 @@ export function timelinePart(root) {
     drawn = key;
     view.draw(width, history, to - span, to, cursor());
     read();
-  });
+  }, root);
 
   return {
     hello(hello) {
