@@ -16,8 +16,6 @@
 
 namespace {
 
-using testing::Optional;
-
 // Runs on a thread of the test instead of in a process.
 class APeerProcess : public testing::Test {
  protected:
@@ -92,20 +90,6 @@ TEST_F(APeerProcess, RepliesToEachCommandUnderItsNumber) {
   Write("ector 6\n");
   EXPECT_EQ(Line(), "connector 6");
   EXPECT_EQ(Line(), "reply 9 nobody");
-}
-
-TEST_F(APeerProcess, ReportsWhatItsServiceHears) {
-  Run("diagnostics");
-  EXPECT_EQ(Line(), "serving");
-  RunningHost client(mDirectory);
-  ipc::MDiagnosticsSignal signal;
-  signal.set_identifier(ipc::ESignalIdentifierLedState);
-  signal.add_data()->set_string_value("Green/On");
-  client.Client<IDiagnostics>("Diagnostics")->SendSignal(signal);
-  EXPECT_EQ(Line(), "signal " + std::to_string(ipc::ESignalIdentifierLedState) + " Green/On");
-  Write("1 error 1004 on\n");
-  EXPECT_EQ(Line(), "signal 1004 true");
-  EXPECT_EQ(Line(), "reply 1 nobody");
 }
 
 TEST_F(APeerProcess, TellsEachMessageWhenItBeginsAndWhenItHasEnded) {

@@ -97,11 +97,6 @@ TEST_F(AVirtualDiagnosticsService, SaysWhichSignalWasNeverSent) {
   }
 }
 
-TEST_F(AVirtualDiagnosticsService, ReportsEachSignalOnOneLine) {
-  mDiagnostics->SendSignal(Text(111, "Red\nBlue"));
-  EXPECT_THAT(mEvents.Next(), Optional(std::string("signal 111 Red?Blue")));
-}
-
 TEST_F(AVirtualDiagnosticsService, IsDoneWithAnErrorWhenTheSubscriberHasHandledIt) {
   std::atomic<int> handled = 0;
   Subscribe([&](const ipc::MDiagnosticsSignal& signal) {

@@ -48,28 +48,6 @@ TEST_F(AVirtualSessionManager, TellsANewSubscriberTheStateThatItBeganWith) {
   EXPECT_EQ(mSessionManager->GetConnectorInfo({}).state().state(), ipc::EConnectorStateCharging);
 }
 
-TEST_F(AVirtualSessionManager, IsDoneWhenTheSubscriberHasHandledTheState) {
-  const auto service = Serve(1);
-  std::atomic<int> shown = 0;
-  Subscribe([&](int state) {
-    mHeard.Add(state);
-    shown = state;
-  });
-  ASSERT_THAT(mHeard.Next(), Optional(1));
-  for (const int state : {5, 5, 42}) {
-    EXPECT_EQ(service->SetConnectorState(state), kOutcomeOk);
-    EXPECT_EQ(shown, state);
-    EXPECT_THAT(mHeard.Next(), Optional(state));
-  }
-}
-
-TEST_F(AVirtualSessionManager, SaysThatNobodyIsSubscribedAndTellsTheNextSubscriber) {
-  const auto service = Serve(1);
-  EXPECT_EQ(service->SetConnectorState(4), kOutcomeNobody);
-  Subscribe([this](int state) { mHeard.Add(state); });
-  EXPECT_THAT(mHeard.Next(), Optional(4));
-}
-
 TEST_F(AVirtualSessionManager, CountsItsSubscribers) {
   Serve(1);
   Subscribe([](int) {});
