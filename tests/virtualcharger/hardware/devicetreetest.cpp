@@ -62,25 +62,6 @@ TEST_F(ADeviceTree, TakesOnePageOfAWrite) {
   EXPECT_EQ(mAccepted, 4096U);
 }
 
-TEST_F(ADeviceTree, ReadsGarbageWhereItWasTold) {
-  auto garbage = *FaultNamed("garbage");
-  garbage.text = "nan\n";
-  mFaults->Set("", "max_pattern_brightness", garbage);
-  EXPECT_EQ(Read(kRed + "/max_pattern_brightness"), "nan\n");
-  EXPECT_EQ(Read(kRed + "/min_pattern_brightness"), "0\n");
-}
-
-TEST_F(ADeviceTree, GoesOnGivingWhatWasReadLastWhereItIsFrozen) {
-  const auto maximum = kRed + "/max_pattern_brightness";
-  EXPECT_EQ(Read(maximum), "1000\n");
-  mFaults->Set(kRed, "", *FaultNamed("frozen"));
-  ASSERT_EQ(Write(maximum, "500"), 0);
-  EXPECT_EQ(Read(maximum), "1000\n");
-  EXPECT_EQ(Read(maximum), "1000\n");
-  mFaults->ClearAll();
-  EXPECT_EQ(Read(maximum), "500\n");
-}
-
 TEST_F(ADeviceTree, HasFoldersAboveItsDevices) {
   const auto led = mLight.Channels()[0];
   CDeviceTree tree({{"a/b", led}, {"a/c", led}, {"d", led}}, mFaults, mHistory);
@@ -94,20 +75,6 @@ TEST_F(ADeviceTree, HasFoldersAboveItsDevices) {
   mFaults->Set("a/b", "", *FaultNamed("vanished"));
   mFaults->Set("a/c", "", *FaultNamed("vanished"));
   EXPECT_FALSE(tree.Look("a"));
-}
-
-TEST_F(ADeviceTree, HidesAVanishedDeviceAndItsOpenAttributesUntilItReturns) {
-  std::uint64_t handle = 0;
-  ASSERT_EQ(mTree.Open(kRed + "/trigger", true, handle), 0);
-  mFaults->Set(kRed, "", *FaultNamed("vanished"));
-  EXPECT_EQ(mTree.List(""), (std::vector<std::string>{"kelo:blue:top", "kelo:green:top"}));
-  EXPECT_FALSE(mTree.Look(kRed));
-  EXPECT_FALSE(mTree.Look(kRed + "/trigger"));
-  EXPECT_EQ(mTree.Probe(kRed + "/trigger", false), ENOENT);
-  EXPECT_EQ(Write(kRed + "/trigger", "none"), ENOENT);
-  EXPECT_EQ(mTree.Write(kRed + "/trigger", handle, "none", mAccepted), ENODEV);
-  mFaults->ClearAll();
-  EXPECT_EQ(Read(kRed + "/trigger"), "none [pattern]\n");
 }
 
 TEST_F(ADeviceTree, SaysBeforehandWhatOpeningWouldSay) {

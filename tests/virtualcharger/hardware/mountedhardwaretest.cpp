@@ -128,23 +128,6 @@ TEST(TheMountedHardware, ShowsInjectedFaultsToSystemCalls) {
   });
 }
 
-TEST(TheMountedHardware, ServesOthersWhileOneAttributeBlocks) {
-  RunInsideNamespace([] {
-    SWorld world;
-    ASSERT_EQ(WriteFile(kRed + "trigger", "pattern"), 0);
-    int error = -1;
-    auto writer = world.BlockedWrite(kRed + "pattern", "1000 0 1000 0", error);
-    EXPECT_EQ(WriteFile(kRed + "max_pattern_brightness", "500"), 0);
-    EXPECT_EQ(WriteFile(kGreen + "trigger", "pattern"), 0);
-    EXPECT_TRUE(fs::exists(kRed + "pattern"));
-    EXPECT_EQ(world.light.Describe(), (SLamp{"", "Off"}));
-    world.faults->ClearAll();
-    writer.join();
-    EXPECT_EQ(error, 0);
-    EXPECT_EQ(world.light.Describe(), (SLamp{"Red", "On"}));
-  });
-}
-
 TEST(TheMountedHardware, EndsWhileAWriteBlocksAndAFileIsOpen) {
   RunInsideNamespace([] {
     const auto before = Names(kClasses);
