@@ -3,11 +3,10 @@
 import json
 import os
 import shutil
-import subprocess
 import unittest
 
 from ipc import diagnostics_pb2, diagnostics_pb2_grpc, genericcontrol_pb2, signalidentifier_pb2
-from processes import EMPTY, GENEROUS, Charger, Stage, interrupt, wait_until
+from processes import EMPTY, GENEROUS, Charger, interrupt, wait_until
 
 CONFIG_ERROR = "(src/feedback:105) Config error occurred: "
 APPLIED = "(src/components/feedbackhsmactionhandler:275) Brightness is now: false | "
@@ -142,40 +141,6 @@ class TheStore(unittest.TestCase):
                 f'{self.charger.store}: section "{section}", key "{key}": found '
                 f"{json.dumps(value)}, expected {expected}; using the default"
                 for key, (value, expected) in keys.items()])
-
-
-class ASetting(unittest.TestCase):
-    def by_feedbackctl(self, store, text):
-        for key in ("HmiLedIntensityManual", "HmiBuzzerVolume"):
-            command = ["set", key, str(json.loads(text)["settings"][key])]
-            subprocess.run([os.environ["FEEDBACKCTL"], "--root", str(store.parent.parent), *command],
-                           check=True, capture_output=True, timeout=GENEROUS)
-
-    def test_arrives_once_whoever_changes_it(self):
-        ways = [*WAYS, self.by_feedbackctl]
-        steps = ["disable", "enable", "expect lamp green on"]
-        for number in range(len(ways)):
-            steps += [f"say way {number}", f"expect brightness {number + 40}",
-                      f"expect display {number + 40}",
-                      f"expect attribute beeper volume {number % 5}"]
-        steps += ["say text", 'expect log error "expected int"', "expect attribute beeper volume 4",
-                  "expect state enabled"]
-        stage = Stage(*steps)
-        self.addCleanup(stage.close)
-        content = json.loads(stage.store.read_text())
-        for number, way in enumerate(ways):
-            stage.until(f"way {number}")
-            content["settings"] |= {"HmiLedIntensityManual": number + 40,
-                                    "HmiBuzzerVolume": number % 5}
-            way(stage.store, json.dumps(content))
-        stage.until("text")
-        content["settings"]["HmiBuzzerVolume"] = "loud"
-        in_place(stage.store, json.dumps(content))
-        log = stage.finish()
-        for number in range(len(ways)):
-            self.assertEqual(log.count(f"{APPLIED}{number + 40}\n"), 1)
-        self.assertEqual(log.count("(src/components/feedbackhsmactionhandler:308) Unexpected type 4 for "
-                                   "HmiBuzzerVolume, expected int\n"), 1)
 
 
 if __name__ == "__main__":
