@@ -1,12 +1,12 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <functional>
 #include <stdexcept>
 #include <thread>
 #include <typeinfo>
 
 #include "tests/statemachines/doorfixture.h"
+#include "tests/support/eventually.h"
 
 namespace {
 
@@ -16,15 +16,6 @@ class AMachinesLife : public CDoorFixture {
  protected:
   static bool HasVerdict(const std::future<bool>& handled) {
     return handled.wait_for(0s) == std::future_status::ready;
-  }
-
-  // False when it has not become true within a limit that only a fault reaches.
-  static bool Eventually(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + 20s;
-    while (!condition() && std::chrono::steady_clock::now() < limit) {
-      std::this_thread::yield();
-    }
-    return condition();
   }
 
   void ThrowIn(const std::string& wanted) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -31,6 +32,11 @@ class TemporaryDirectory {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path) << text;
     return path.string();
+  }
+
+  std::string ReadFile(const std::string& name) const {
+    std::ifstream file(mPath / name);
+    return {std::istreambuf_iterator<char>(file), {}};
   }
 
  private:

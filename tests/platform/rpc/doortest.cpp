@@ -15,6 +15,7 @@
 #include "platform/rpc/peercheck.h"
 #include "platform/rpc/servicesocket.h"
 #include "tests/platform/rpc/hosts.h"
+#include "tests/support/eventually.h"
 
 namespace {
 
@@ -163,14 +164,13 @@ class TheDoor : public testing::Test {
   bool Answers() {
     RunningHost client(mDirectory);
     const auto feedback = client.Client<IFeedback>("Feedback");
-    const auto limit = std::chrono::steady_clock::now() + kGenerous;
-    while (std::chrono::steady_clock::now() < limit) {
+    return Eventually([&] {
       try {
         return feedback->TriggerFeedbackEvent({}, {}).text() == "served";
       } catch (const Rpc::CommunicationException&) {
+        return false;
       }
-    }
-    return false;
+    });
   }
 
   SocketDirectory mDirectory;

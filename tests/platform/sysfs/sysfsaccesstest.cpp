@@ -7,15 +7,14 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <thread>
 
 #include "platform/sysfs/pathsysfsaccess.h"
 #include "tests/support/logcapture.h"
+#include "tests/support/temporarydirectory.h"
 
 namespace {
 
@@ -38,24 +37,15 @@ void AsOrdinaryUser(const std::function<void()>& action) {
 
 class ASysfsAccess : public testing::Test {
  protected:
-  ASysfsAccess() { std::filesystem::permissions(mDirectory, std::filesystem::perms{0755}); }
+  ASysfsAccess() { chmod(mDirectory.Path().c_str(), 0755); }
+  ~ASysfsAccess() override { EXPECT_EQ(OpenDescriptors(), mDescriptors); }
 
-  ~ASysfsAccess() override {
-    EXPECT_EQ(OpenDescriptors(), mDescriptors);
-    std::filesystem::remove_all(mDirectory);
-  }
-
-  std::string Path(const std::string& name) const { return mDirectory + "/" + name; }
+  std::string Path(const std::string& name) const { return mDirectory.Path() / name; }
 
   std::string Create(const std::string& name, const std::string& content, mode_t mode = 0644) {
-    std::ofstream(Path(name)) << content;
-    chmod(Path(name).c_str(), mode);
-    return Path(name);
-  }
-
-  std::string Content(const std::string& name) const {
-    std::ifstream file(Path(name));
-    return {std::istreambuf_iterator<char>(file), {}};
+    const auto path = mDirectory.WriteFile(name, content);
+    chmod(path.c_str(), mode);
+    return path;
   }
 
   void ExpectFailure(bool succeeded, const std::string& path, const std::string& reason) {
@@ -69,8 +59,7 @@ class ASysfsAccess : public testing::Test {
 
   LogCapture mLog;
   CSysfsAccess mAccess;
-  std::string mTemplate = testing::TempDir() + "sysfsXXXXXX";
-  const std::string mDirectory = mkdtemp(mTemplate.data());
+  const TemporaryDirectory mDirectory;
   const size_t mDescriptors = OpenDescriptors();
 };
 
@@ -78,7 +67,7 @@ TEST_F(ASysfsAccess, ReplacesTheValueByWhatItWrites) {
   const std::string path = Create("trigger", "heartbeat");
   for (const std::string text : {"pattern", "0 255 1000 0", "", "with a line end\n"}) {
     EXPECT_TRUE(mAccess.Write(path, text));
-    EXPECT_EQ(Content("trigger"), text);
+    EXPECT_EQ(mDirectory.ReadFile("trigger"), text);
   }
   EXPECT_TRUE(mLog.Lines().empty());
 }
@@ -100,7 +89,7 @@ TEST_F(ASysfsAccess, ReportsEachWayInWhichAnAccessFailsAndLeavesTheTextAlone) {
   const std::pair<std::string, const char*> cases[] = {
       {Path("missing/trigger"), "No such file or directory"},
       {Create("file", "") + "/trigger", "Not a directory"},
-      {mDirectory, "Is a directory"},
+      {mDirectory.Path(), "Is a directory"},
       {Create("secret", "7", 0), "Permission denied"},
   };
   AsOrdinaryUser([&] {
@@ -156,7 +145,7 @@ TEST_F(ASysfsAccess, SeesAnAttributeThatAppearsAndGetsItsPermissionsWhileItWaits
 
 TEST_F(ASysfsAccess, FindsAttributesByNameInADirectory) {
   Create("volume", "3\n");
-  for (const std::string& directory : {mDirectory, mDirectory + "/"}) {
+  for (const std::string& directory : {Path("."), Path("./")}) {
     const std::unique_ptr<CSysfsAccess> access = std::make_unique<CPathSysfsAccess>(directory);
     std::string text;
     EXPECT_TRUE(access->WaitForAccess("volume", 0ms));
@@ -164,7 +153,7 @@ TEST_F(ASysfsAccess, FindsAttributesByNameInADirectory) {
     EXPECT_TRUE(access->Write("volume", text + "5"));
     EXPECT_FALSE(access->Read("pitch", text));
   }
-  EXPECT_EQ(Content("volume"), "355");
+  EXPECT_EQ(mDirectory.ReadFile("volume"), "355");
 }
 
 }  // namespace

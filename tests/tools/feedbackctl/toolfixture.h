@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -31,11 +30,7 @@ class ToolFixture : public testing::Test {
 
   void WriteStore(const std::string& text) const { mRoot.WriteFile("etc/ovra.json", text); }
 
-  std::string Store() const {
-    std::ostringstream text;
-    text << std::ifstream(mRoot.Path() / "etc/ovra.json").rdbuf();
-    return text.str();
-  }
+  std::string Store() const { return mRoot.ReadFile("etc/ovra.json"); }
 
   const SocketDirectory mSockets;
   const TemporaryDirectory mRoot;

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tests/support/manualclock.h"
+#include "tests/support/temporarydirectory.h"
 #include "tests/virtualcharger/hardware/insidenamespace.h"
 #include "virtualcharger/hardware/chargerhardware.h"
 
@@ -185,9 +186,9 @@ int Sound(const std::string& path, unsigned long divisor) {
 }
 
 TEST(TheMountedHardware, StandsInForASingleFileThatTakesRequests) {
-  std::string folder = ::testing::TempDir() + "virtual-charger-test-XXXXXX";
-  ASSERT_NE(mkdtemp(folder.data()), nullptr);
-  ASSERT_EQ(WriteFile(folder + "/there", "the machine's own"), 0);
+  const TemporaryDirectory directory;
+  const auto folder = directory.Path().string();
+  directory.WriteFile("there", "the machine's own");
   RunInsideNamespace([&] {
     const auto clock = std::make_shared<ManualClock>();
     const auto faults = std::make_shared<CFaults>(clock);
@@ -208,8 +209,7 @@ TEST(TheMountedHardware, StandsInForASingleFileThatTakesRequests) {
       EXPECT_EQ(Sound(folder + name, 0), 0) << name;
     }
   });
-  EXPECT_EQ(ReadFile(folder + "/there"), "the machine's own");
-  fs::remove_all(folder);
+  EXPECT_EQ(directory.ReadFile("there"), "the machine's own");
 }
 
 TEST(TheChargersHardware, StandsWhereTheDaemonLooksForIt) {
