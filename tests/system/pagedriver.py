@@ -30,6 +30,17 @@ requestAnimationFrame(function watch() {
 });
 """
 
+# Freezes the daemon as soon as a light is shown and reported.
+KEEP_LIGHT = """
+const [light, done] = arguments;
+const says = (part, text) => document.querySelector(`#lamp ${part}`).innerText.includes(text);
+requestAnimationFrame(function watch() {
+  if (!says(".headline", light) || !says(".reported", "✓")) return requestAnimationFrame(watch);
+  document.querySelector("[aria-label='freeze daemon']").click();
+  done();
+});
+"""
+
 
 class Page:
     def __init__(self, url, width=1440, height=900):
@@ -118,6 +129,9 @@ class Page:
 
     def wait_for_lamp(self, light):
         self.wait_for("#lamp .headline", light)
+
+    def keep_light(self, light):
+        self.browser.execute_async_script(KEEP_LIGHT, light)
 
     def frames(self, milliseconds):
         return self.browser.execute_async_script(WATCH_LAMP, milliseconds)

@@ -80,16 +80,24 @@ class ThePage(PageTest):
 
     def test_draws_the_light_that_the_patterns_give_in_each_frame(self):
         page = self.page
-        for light, period, begin in (
-                ("Blue pulsating", 5800, lambda: page.press("#daemon", "charging")),
-                ("Green flashing", 700, lambda: page.press("#daemon", "accepted")),
-                ("Red blink3", 5200, lambda: self.raise_error("cp low"))):
+        for light, period, begin, end in (
+                ("Blue pulsating", 5800, lambda: page.press("#daemon", "charging"), lambda: None),
+                ("Green flashing", 700, lambda: self.accept_card_and_keep_its_light(),
+                 lambda: page.press("#processes", "thaw daemon")),
+                ("Red blink3", 5200, lambda: self.raise_error("cp low"), lambda: None)):
             with self.subTest(light):
                 channels, earliest, latest = self.begin_light(light, begin)
-                frames = page.frames(period)
-                self.assertEqual(page.channels(), channels, "the light changed meanwhile")
+                frames, seen = page.frames(period), page.channels()
+                end()
+                self.assertEqual(seen, channels, "the light changed meanwhile")
                 self.assert_drawn(frames, channels, earliest, latest)
                 self.assertGreater(max(max(frame["colour"]) for frame in frames), 200, "it was never bright")
+
+    def accept_card_and_keep_its_light(self):
+        """However slow this test is: what a daemon that is frozen has begun, the kernel plays on."""
+        self.page.press("#daemon", "accepted")
+        self.page.keep_light("Green flashing")
+        self.page.wait_for("#processes", "frozen")
 
     def test_shows_the_same_phase_after_a_reload_and_in_another_browser(self):
         channels, earliest, latest = self.begin_light(
