@@ -55,12 +55,6 @@ TEST_F(AMachine, HandlesWhatAnActionPostsBehindWhatWaitsAlready) {
                           "State Closed: exit", "State Broken: entry"));
 }
 
-TEST_F(AMachine, RejectsAnEventThatNeitherTheLeafNorTheCompositeTakes) {
-  After<>();
-  EXPECT_THAT(TraceOf<Opened>(),
-              ElementsAre("State Closed: event recv Opened", "State Door: event unhn Opened"));
-}
-
 TEST_F(AMachine, TellsEventsApartByTypeEvenWhereTheirNumbersAreEqual) {
   After<>();
   auto otherMachine = Post<CHsmEvent<CAlienTag, 0>>();
@@ -79,15 +73,6 @@ TEST_F(AMachine, HandsAnActionACopyOfThePayload) {
   who = "Eve";
   EXPECT_THAT(TraceOf<>(), ElementsAre("State Closed: event recv Knock",
                                        "State Closed: event hndl Knock", "ring 2 Ada"));
-}
-
-TEST_F(AMachine, SkipsACallbackThatWasNeverSet) {
-  After<Push>();
-  EXPECT_TRUE(Verdict<Knock>(1, "Ada"));
-  int calls = 0;
-  mHandler->ExtEnabledRsp = [&calls] { ++calls; };
-  EXPECT_TRUE(Verdict<Knock>(1, "Ada"));
-  EXPECT_EQ(calls, 1);
 }
 
 TEST_F(AMachine, AsksNoEventForItsNameWhileTheTraceIsOff) {

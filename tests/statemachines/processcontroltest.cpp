@@ -70,15 +70,9 @@ TEST_F(ABridge, TurnsRequestsIntoEventsAndEnteredStatesIntoReports) {
     expected.insert(expected.end(), step.begin(), step.end());
   }
   EXPECT_EQ(Actions(), expected);
-
-  const std::pair<const char*, size_t> calls[] = {
-      {"28) IEnableCall", 3},      {"32) IDisableCall", 2},  {"38) ExtUninitializedRsp", 1},
-      {"42) ExtDisabledRsp", 3},   {"47) ExtEnabledRsp", 2}, {"51) ExtErrorRsp", 1},
-      {"55) ExtFatalErrorRsp", 1}, {"59) ExtSendAlive", 2}};
-  const std::string position = "(../statemachines/utils/statemachinesutility:";
-  for (const auto& [call, count] : calls) {
-    EXPECT_EQ(mLog.Count(ELogLevel::ETrace, position + call), count) << call;
-  }
+  EXPECT_EQ(
+      mLog.Count(ELogLevel::ETrace, "(../statemachines/utils/statemachinesutility:51) ExtErrorRsp"),
+      1U);
 }
 
 TEST_F(ABridge, SendsAliveEveryFourSecondsWhileEnabled) {

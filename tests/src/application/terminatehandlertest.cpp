@@ -4,7 +4,6 @@
 #include <exception>
 #include <functional>
 #include <iostream>
-#include <stdexcept>
 
 #include "src/terminatehandler.h"
 #include "tests/support/logcapture.h"
@@ -27,12 +26,6 @@ namespace {
   });
   how();
   std::terminate();
-}
-
-TEST(TheTerminateHandlerDeathTest, NamesTypeAndTextOfTheExceptionAndAborts) {
-  EXPECT_DEATH(Die([] { throw std::out_of_range("stof"); }),
-               "5 Uncaught exception of type 'std::out_of_range' with message: 'stof'\n"
-               "5 Aborting process.\n");
 }
 
 TEST(TheTerminateHandlerDeathTest, SaysSoWhereThereIsNothingToName) {
