@@ -341,6 +341,8 @@ class ThePage(PageTest):
         self.page.wait_for(".recorded", "connector charging")
         self.page.press("#recording", "● Recording, stop")
         self.page.wait_for("#record", "Record")
+        self.page.browser.refresh()
+        self.page.wait_for(".recorded", "connector charging")
 
 
 

@@ -36,13 +36,11 @@ export function recording(root, desk) {
     if (on) text.scrollTop = text.scrollHeight;
   };
   return {
-    hello: () => write(""),
     state({ recording: now }) {
       on = now.on;
       toggle.classList.toggle("on", on);
       setText(toggle, on ? "● Recording, stop" : "Record");
       setText(full, now.full ? kFull : "");
-      if (now.text !== undefined) write(now.text);
     },
     recording: (message) => write(message.text),
   };
