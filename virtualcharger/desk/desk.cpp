@@ -1,9 +1,9 @@
 #include "virtualcharger/desk/desk.h"
 
-#include <fmt/format.h>
 #include <poll.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <utility>
 
@@ -205,7 +205,8 @@ void CDesk::LookForTrouble() {
   auto trouble = mRunFolder.Trouble();
   if (trouble == mTrouble) return;
   mTrouble = std::move(trouble);
-  if (!mTrouble.empty()) fmt::print(stderr, "virtual-charger: {}\n", mTrouble);
+  // Not by a call that throws where nobody can be told.
+  if (!mTrouble.empty()) std::fputs(("virtual-charger: " + mTrouble + '\n').c_str(), stderr);
 }
 
 // It can be long, so that not every word of it is told at once.

@@ -2,6 +2,7 @@
 
 #define FUSE_USE_VERSION 312
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <fuse.h>
 #include <fuse_lowlevel.h>
 #include <poll.h>
@@ -277,8 +278,9 @@ CFuseServer::~CFuseServer() = default;
 std::optional<std::string> CFuseServer::Start(const std::string& mountPoint) {
   if (mSession->Start(mountPoint)) return std::nullopt;
   const auto error = std::error_code(errno, std::generic_category()).message();
-  return "cannot mount the virtual hardware on " + mountPoint + ": " + error +
-         "; /dev/fuse must be the kernel's own: load the module with 'sudo modprobe fuse', or "
-         "start "
-         "the container with --device /dev/fuse --cap-add SYS_ADMIN";
+  return fmt::format(
+      "cannot mount the virtual hardware on {}: {}; /dev/fuse must be the kernel's own: load the "
+      "module with 'sudo modprobe fuse', or start the container with --device /dev/fuse --cap-add "
+      "SYS_ADMIN",
+      mountPoint, error);
 }

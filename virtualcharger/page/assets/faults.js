@@ -8,6 +8,7 @@ import { cardGroup, word } from "./group.js";
 const kAll = "all";
 const kTakes = { time: ["500ms", "so much longer, as 500ms or 2s"], text: ["nan", "the text that reads give"] };
 
+const nameOf = (place) => place === `${kAll} ${kAll}` ? "every device" : place;
 const shorter = (attribute) => attribute.replace("in_illuminance_", "").replace("_pattern_brightness", "");
 
 // A row of buttons of which one is picked.
@@ -60,13 +61,15 @@ export function faults(root, desk) {
     parameter.placeholder = example;
     parameter.title = title;
     apply.disabled = fault === "";
-    setText(apply, fault === "" ? "Break it" : `Break it: ${place} ${fault}`);
+    setText(apply, fault === "" ? "Break it" : `Break it: ${nameOf(place)} ${fault}`);
   };
 
   const deviceRow = (device, attributes) => el("div", { className: "place" },
     el("span", { textContent: device, className: "device" }),
-    ...[kAll, ...attributes].map((attribute) => places.add(`${device} ${attribute}`, shorter(attribute),
-      { title: `${device} ${attribute}`, "aria-label": `${device} ${attribute}` })));
+    ...[kAll, ...attributes].map((attribute) => {
+      const key = `${device} ${attribute}`;
+      return places.add(key, shorter(attribute), { title: nameOf(key), "aria-label": nameOf(key) });
+    }));
 
   return {
     hello({ words }) {
@@ -88,10 +91,10 @@ export function faults(root, desk) {
         each.classList.toggle("broken", wrong !== undefined);
         const name = shorter(key.split(" ")[1]);
         setText(each, wrong ? `${name}: ${wrong}` : name);
-        each.setAttribute("aria-label", wrong ? `${key}, broken: ${wrong}` : key);
+        each.setAttribute("aria-label", wrong ? `${nameOf(key)}, broken: ${wrong}` : nameOf(key));
       }
       active.show([...broken.keys()]);
-      for (const [key, wrong] of broken) setText(active.get(key).firstChild, `${key}: ${wrong}`);
+      for (const [key, wrong] of broken) setText(active.get(key).firstChild, `${nameOf(key)}: ${wrong}`);
       setText(heal, broken.size ? `Heal all (${broken.size})` : "Heal all");
       heal.disabled = broken.size === 0;
     },
