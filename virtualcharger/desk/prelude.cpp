@@ -21,17 +21,16 @@ std::string Stored(const std::string& key, const Json::Value& value) {
                      value.isString() ? Quoted(value.asString()) : value.asString());
 }
 
+// Some are read only when the daemon starts or is disabled, when a change may not have come to it
+// yet.
 void AddSettings(Steps& steps, const Json::Value& before, const Json::Value& settings) {
-  bool restart = false;
   for (const auto& setting : kSettings) {
     const std::string key(setting.key);
     const auto& value = settings[key];
     if (value == before[key] || value.isObject() || value.isArray()) continue;
     steps.push_back(Stored(key, value));
-    restart |= setting.section == "hwinfo";
   }
-  if (!restart) return;
-  steps.insert(steps.end(), {"stop daemon", "start daemon"});
+  if (!steps.empty()) steps.insert(steps.end(), {"stop daemon", "start daemon"});
 }
 
 void AddInputs(Steps& steps, const CBench& bench) {
