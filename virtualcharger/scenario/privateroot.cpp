@@ -61,6 +61,7 @@ void RemoveLeftovers(const std::string& parent) {
 }
 
 std::string MakeFolder() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
   const char* runtime = std::getenv("XDG_RUNTIME_DIR");
   std::string path = runtime != nullptr && *runtime == '/' && IsUsable(runtime) ? runtime : "/tmp";
   RemoveLeftovers(path);

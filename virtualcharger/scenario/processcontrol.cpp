@@ -151,7 +151,7 @@ Deed CProcesses::Started(const std::string& name) {
   auto& process = mProcesses.at(name);
   process.asked = false;
   SetState(process, EProcessState::Starting);
-  const auto ready = [this, name, &status = process.status] {
+  const auto ready = [name, &status = process.status] {
     if (status.state == EProcessState::Starting) return false;
     if (status.state == EProcessState::Running) return true;
     throw CStepFailure(fmt::format("{} ended while it began to serve: {}", name, status.detail));
