@@ -32,6 +32,7 @@ constexpr auto kSay = "say ";
 constexpr auto kExpect = "expect ";
 
 bool WantsColours(std::FILE* output) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
   const char* refused = std::getenv("NO_COLOR");
   return isatty(fileno(output)) != 0 && (refused == nullptr || *refused == '\0');
 }
