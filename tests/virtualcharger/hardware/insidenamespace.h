@@ -27,7 +27,6 @@ inline void RunInsideNamespace(const std::function<void()>& body) {
     }
     body();
     // Not _exit: the sanitizers give their verdict on the way out. The body has joined its threads.
-    // NOLINTNEXTLINE(concurrency-mt-unsafe)
     std::exit(::testing::Test::HasFailure() ? 1 : 0);
   }
   close(reason[1]);

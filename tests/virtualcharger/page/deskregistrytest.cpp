@@ -20,9 +20,7 @@ using ::testing::IsEmpty;
 
 class ADeskRegistry : public ::testing::Test {
  protected:
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   void SetUp() override { setenv("XDG_RUNTIME_DIR", mRuntime.Path().c_str(), 1); }
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   void TearDown() override { unsetenv("XDG_RUNTIME_DIR"); }
 
   static std::string Refusal(const std::string& name) {

@@ -28,7 +28,7 @@ TEST(APrivateRoot, HoldsAStoreThatPutsTheSocketsIntoIt) {
 
 TEST(APrivateRoot, TakesAwayWhatKilledRunsLeftAndNothingElse) {
   const TemporaryDirectory runtime;
-  setenv("XDG_RUNTIME_DIR", runtime.Path().c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+  setenv("XDG_RUNTIME_DIR", runtime.Path().c_str(), 1);
   for (const auto* file : {"charger-killed/lock", "charger-killed/etc/ovra.json",
                            "charger-mine/notes", "other/lock"}) {
     runtime.WriteFile(file, "");
@@ -47,7 +47,7 @@ TEST(APrivateRoot, TakesAwayWhatKilledRunsLeftAndNothingElse) {
   EXPECT_TRUE(fs::exists(runtime.Path() / "charger-mine"));
   EXPECT_TRUE(fs::exists(runtime.Path() / "other"));
   EXPECT_EQ(std::distance(fs::directory_iterator(runtime.Path()), fs::directory_iterator()), 4);
-  unsetenv("XDG_RUNTIME_DIR");  // NOLINT(concurrency-mt-unsafe)
+  unsetenv("XDG_RUNTIME_DIR");
 }
 
 TEST(APrivateRoot, KeepsSocketPathsShortWhereTheUsersOwnFolderIsDeep) {
