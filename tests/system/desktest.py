@@ -175,6 +175,31 @@ class TheDesk(DeskTest):
         desk.wait_for_state(lambda state: state["play"]["failed"] and state["play"]["done"], "failure")
         self.steps(desk, "start daemon", "disable")
 
+    def test_stops_a_scenario_at_any_moment_and_keeps_a_whole_charger(self):
+        desk = self.ready()
+        self.steps(desk, "freeze session-manager")
+        step = desk.ask("step", line="connector charging")
+        play = desk.ask("play", scenario="walk")
+        desk.wait_for_state(lambda state: "begins when" in state["play"]["text"], "the play that waits")
+        self.assertTrue(desk.done(desk.ask("stop-play"))["ok"])
+        self.assertFalse(desk.done(play)["ok"])
+        self.steps(desk, "thaw session-manager")
+        desk.done(step)
+        play = desk.ask("play", scenario="walk")
+        desk.wait_for_state(lambda state: "anew" in state["play"]["text"], "the charger's renewal")
+        self.assertTrue(desk.done(desk.ask("stop-play"))["ok"])
+        self.assertEqual(desk.done(play)["text"], "stopped")
+        self.assertEqual({each["status"] for each in desk.state["processes"]}, {"running"})
+
+    def test_takes_no_light_of_a_former_daemon_for_the_new_ones(self):
+        desk = self.ready()
+        desk.wait_for_state(lambda state: state["lamp"]["reported"] == "Green/On", "the first report")
+        self.steps(desk, "kill daemon")
+        self.assertEqual(desk.state["lamp"]["reported"], "Green/On")
+        self.steps(desk, "start daemon")
+        desk.wait_for_state(lambda state: lamp(state) == ("Yellow", "On") and
+                            state["lamp"]["reported"] == "", "the light before its first report")
+
     def test_brings_the_persons_charger_back_after_scenarios(self):
         desk = self.ready()
         self.assertFalse(desk.done(desk.ask("bring-back"))["ok"])

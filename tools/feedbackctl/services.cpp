@@ -56,8 +56,10 @@ std::map<std::string, std::string> CServices::ReasonsForSilence() const {
 void CServices::RequireAnswer(const std::string& service) const {
   const std::string why = WhyNoAnswer(service);
   if (why.starts_with("no socket") || why.starts_with("nobody")) {
-    throw std::runtime_error(
-        fmt::format("the daemon is not running: {}; start it, or give --root", why));
+    throw std::runtime_error(fmt::format(
+        "the daemon is not running: {}; start it, or say with --root or --charger which "
+        "one is meant (\"feedbackctl chargers\" lists the virtual ones)",
+        why));
   }
   if (!why.empty()) {
     throw std::runtime_error("the daemon cannot be used: " + why);

@@ -112,8 +112,8 @@ void CDesk::Play() {
     failure = error.what();
   }
   mKept.Leave();
+  Publish();  // who is told of the end has seen it
   Tell(request.asked, failure.empty(), failure);
-  mNews = true;
 }
 
 void CDesk::Wait() {
@@ -234,7 +234,7 @@ Json::Value CDesk::State() const {
   state["storeError"] = mStore.error;
   state["trouble"] = mTrouble;
   state["others"] = mOthers.Addresses();
-  state["play"] = mPlay.State();
+  state["play"] = mPlayRequest ? CPlay::Awaited(mPlayRequest->played) : mPlay.State();
   state["play"]["back"] = mKept.IsThere();
   state["recording"]["on"] = mRecorder.IsOn();
   state["recording"]["full"] = mRecorder.IsFull();

@@ -32,6 +32,13 @@ void CDesk::Read(const CInbox::SLetter& letter) {
 }
 
 void CDesk::StopPlay(const SUnderWay& asked) {
+  if (mPlayRequest) {
+    Tell(mPlayRequest->asked, false, "stopped before it began");
+    mPlayRequest.reset();
+    mNews = true;
+    Tell(asked, true, "");
+    return;
+  }
   const bool plays = mPlay.IsPlaying();
   mPlay.Stop();
   Tell(asked, plays, plays ? "" : "no scenario is being played");

@@ -6,6 +6,17 @@
 
 namespace {
 
+Json::Value Picture(const std::string& scenario, int line, const std::string& text) {
+  Json::Value state;
+  state["scenario"] = scenario;
+  state["line"] = line;
+  state["text"] = text;
+  state["waiting"] = "";
+  state["failed"] = "";
+  state["stopped"] = false;
+  return state;
+}
+
 class CStopped : public std::exception {};
 
 constexpr auto kStopped = "stopped";
@@ -29,12 +40,15 @@ void CPlay::Play(const SPlayed& played, const std::function<void()>& watch,
   mStopped = false;
   CCharger charger(mBench, mInterrupt);
   const auto shownCharger = Shown<CCharger>(mCharger, charger);
-  charger.SetWatcher([&] {
+  const auto stopOrGoOn = [&] {
     watch();
     if (mStopped) throw CStopped();
-  });
+  };
+  charger.SetWatcher(watch);
   try {
-    charger.Renew(played.store);
+    charger.Renew(played.store);  // to its end: half a charger is none
+    charger.SetWatcher(stopOrGoOn);
+    stopOrGoOn();
     DoSteps(played.scenario, charger, tell);
   } catch (const CStopped&) {
     mFailure = kStopped;
@@ -58,16 +72,19 @@ void CPlay::DoSteps(const SScenario& scenario, CCharger& charger,
   }
 }
 
+Json::Value CPlay::Awaited(const SPlayed& played) {
+  auto state = Picture(played.name, 0, "begins when the steps before have ended");
+  state["done"] = false;
+  return state;
+}
+
 Json::Value CPlay::State() const {
-  Json::Value state;
-  state["scenario"] = mScenario;
-  state["line"] = mLine;
-  state["text"] = mText;
+  auto state = Picture(mScenario, mLine, mText);
   if (mPlayer != nullptr && !mPlayer->Round().empty()) {
     state["text"] = fmt::format("{} ({})", mText, mPlayer->Round());
   }
   const auto waiting = mCharger == nullptr ? std::nullopt : mCharger->Waiting();
-  state["waiting"] = waiting ? fmt::format("{}: seen {}", waiting->awaited, waiting->seen) : "";
+  if (waiting) state["waiting"] = fmt::format("{}: seen {}", waiting->awaited, waiting->seen);
   state["failed"] = mStopped ? "" : mFailure;
   state["stopped"] = mStopped;
   state["done"] = !mScenario.empty() && !IsPlaying();

@@ -37,6 +37,8 @@ class CPlay {
 
   // The "play" part of the state.
   Json::Value State() const;
+  // The same while this one cannot begin yet.
+  static Json::Value Awaited(const SPlayed& played);
 
  private:
   void DoSteps(const SScenario& scenario, CCharger& charger,

@@ -7,6 +7,7 @@
 #include "platform/ipc/genericcontrol.pb.h"
 #include "platform/ipc/sessionmanager.pb.h"
 #include "utils/settingscatalogue.h"
+#include "utils/signalcatalogue.h"
 #include "virtualcharger/desk/picture.h"
 #include "virtualcharger/scenario/names.h"
 #include "virtualcharger/scenario/steptable.h"
@@ -15,10 +16,20 @@ namespace {
 
 using Steps = std::vector<std::string>;
 
+// Where no step can say it, a comment does.
 std::string Stored(const std::string& key, const Json::Value& value) {
   if (value.isNull()) return "unset " + key;
-  return fmt::format("set {} {}", key,
-                     value.isString() ? Quoted(value.asString()) : value.asString());
+  const auto step =
+      fmt::format("set {} {}", key, value.isString() ? Quoted(value.asString()) : value.asString());
+  const auto isSaid = [&] {
+    const auto words = SplitWords(step);
+    return words.size() == 3 && StoredValue(words[2]) == value;
+  };
+  try {
+    if (isSaid()) return step;
+  } catch (const CParseError&) {
+  }
+  return fmt::format("# {} held what no step can say", key);
 }
 
 // Some are read only when the daemon starts or is disabled, when a change may not have come to it
@@ -46,15 +57,20 @@ void AddInputs(Steps& steps, const CBench& bench) {
 void AddLifecycle(Steps& steps, const CProcesses& processes) {
   const auto& state = processes.LastState();
   if (!state || state->value == ipc::EStateUninitialized) return;
+  if (state->value != ipc::EStateDisabled && state->value != ipc::EStateEnabled) {
+    steps.push_back("# no step leads to the state " + DaemonStateName(state->value));
+    return;
+  }
   steps.push_back("disable");
   if (state->value != ipc::EStateEnabled) return;
   steps.push_back("expect state disabled");
   steps.push_back("enable");
 }
 
-// The oldest one first: it is the one that is shown.
+// The oldest one first: it is the one that is shown. What the daemon itself has raised is its own.
 void AddErrors(Steps& steps, const CProcesses& processes) {
   auto errors = ActiveErrors(processes);
+  std::erase(errors, Signals::InvalidConfigValueError.identifier);
   std::ranges::sort(errors, {}, [&](int error) { return processes.Signals().at(error).time; });
   for (const int error : errors) steps.push_back(fmt::format("error {} on", error));
 }

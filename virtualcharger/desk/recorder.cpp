@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -55,7 +56,9 @@ void CRecorder::Ended(std::size_t place, bool ok, const std::string& text) {
   if (text.find("refused") != std::string::npos) {
     line += " rejected";
   } else {
-    line = fmt::format("# {}: {}", line, text.substr(0, text.find('\n')));
+    auto reason = text;
+    std::ranges::replace(reason, '\n', ' ');
+    line = fmt::format("# {}: {}", line, reason);
   }
 }
 

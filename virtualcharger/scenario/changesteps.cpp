@@ -39,12 +39,6 @@ std::string ParseKey(CArguments& arguments) {
   return StoreKeys()[arguments.Choice("a key of the store", StoreKeys())];
 }
 
-Json::Value ValueOf(const std::string& word) {
-  if (word == "true" || word == "false") return word == "true";
-  const auto number = ParseNumber<int>(word);
-  return number ? Json::Value(*number) : Json::Value(word);
-}
-
 struct SPlace {
   std::string device;
   std::string attribute;
@@ -108,7 +102,7 @@ StepAction ParseLight(CArguments& arguments) {
 
 StepAction ParseSet(CArguments& arguments) {
   const auto key = ParseKey(arguments);
-  const auto value = ValueOf(arguments.Word("the new value"));
+  const auto value = StoredValue(arguments.Word("the new value"));
   arguments.End();
   return [=](IBench& bench) { return bench.SetStored(key, value); };
 }

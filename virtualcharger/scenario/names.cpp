@@ -12,6 +12,7 @@
 #include "utils/ledstate.h"
 #include "utils/settingscatalogue.h"
 #include "utils/signalcatalogue.h"
+#include "utils/words.h"
 #include "virtualcharger/hardware/chargerhardware.h"
 #include "virtualcharger/scenario/words.h"
 
@@ -166,4 +167,10 @@ const std::vector<std::string>& StoreKeys() {
 std::string StoreSection(const std::string& key) {
   const auto* const setting = std::ranges::find(kSettings, key, &CSettingDescription::key);
   return std::string(setting == kSettings.end() ? "" : setting->section);
+}
+
+Json::Value StoredValue(const std::string& word) {
+  if (word == "true" || word == "false") return word == "true";
+  const auto number = ParseNumber<int>(word);
+  return number ? Json::Value(*number) : Json::Value(word);
 }

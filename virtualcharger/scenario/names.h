@@ -1,6 +1,8 @@
 // The names that scenarios use for numbers and places.
 #pragma once
 
+#include <json/json.h>
+
 #include <string>
 #include <vector>
 
@@ -35,3 +37,5 @@ const std::vector<std::string>& LampModes();
 // What the daemon reads in the store, and the section that a key is in.
 const std::vector<std::string>& StoreKeys();
 std::string StoreSection(const std::string& key);
+// What a word means in the store: true, false, a whole number or a text.
+Json::Value StoredValue(const std::string& word);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "utils/signalcatalogue.h"
 #include "virtualcharger/scenario/processes.h"
 
 namespace {
@@ -141,6 +142,8 @@ Deed CProcesses::StartPeer(const std::string& name) {
 Deed CProcesses::StartDaemon() {
   const CFile log(mRoot.Log("feedback"), kAppend);
   const CFile nothing("/dev/null", O_RDONLY);
+  // The light of the one before is not this one's.
+  mSignals.erase(Signals::LedState.identifier);
   Ended(kDaemon).daemon = std::make_unique<CChildProcess>(
       std::vector<std::string>{mSettings.daemon, "-r", mRoot.Path() + '/'},
       CChildProcess::SStandard{nothing.Get(), log.Get(), log.Get()});

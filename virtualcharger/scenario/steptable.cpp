@@ -196,6 +196,8 @@ StepAction ParseStep(const std::vector<std::string>& words) {
   if (word == "expect") {
     std::erase_if(known, [](const auto& name) { return !name.starts_with("expect"); });
     if (words.size() > 1) word += ' ' + words[1];
+  } else {
+    known.emplace_back("expect");
   }
   constexpr std::size_t kFew = 5;
   const auto hint = Hint(word, known);

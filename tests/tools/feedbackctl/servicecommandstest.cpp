@@ -162,7 +162,7 @@ TEST_F(TheTool, SaysWhatToDoWhenTheDaemonIsNotThere) {
     const auto outcome = Run(words);
     EXPECT_EQ(outcome.status, kFailed) << words[0];
     EXPECT_THAT(outcome.err, MatchesRegex("feedbackctl: the daemon is not running: no socket .*; "
-                                          "start it, or give --root\n"));
+                                          "start it, or say with --root or --charger .*\n"));
   }
   std::filesystem::remove(mRoot.Path() / "etc/ovra.json");
   EXPECT_THAT(Run({"disable"}).err, HasSubstr("no store " + mRoot.Path().string()));

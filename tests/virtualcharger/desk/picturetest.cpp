@@ -88,15 +88,18 @@ TEST_F(APicture, OfAnotherChargerBecomesStepsThatLeadThere) {
   const auto path = mBench.Processes().Root().Store();
   const auto before = ReadStorePicture(path).settings;
   mBench.SetStored("HmiLedIntensityMode", "Auto");
+  mBench.SetStored("HmiBuzzerVolume", 2.5);
   mBench.SetLight(12.5);
   mBench.SetFault("sensor", "in_illuminance_input", {EFault::Garbage, 0, {}, "no number"});
   mBench.Hardware().Faults().Set("kelo:red:top", "", {EFault::Garbage, 0, {}, "x\"y"});
   const auto steps = Prelude(mBench, before, ReadStorePicture(path).settings);
-  EXPECT_THAT(steps,
-              ElementsAre("set HmiLedIntensityMode \"Auto\"", "stop daemon", "start daemon",
-                          "light 12.5", "kill daemon", "kill session-manager", "kill diagnostics",
-                          "kill board-controller", "kill meter", R"(fault red all garbage x"y)",
-                          "fault sensor in_illuminance_input garbage \"no number\"", "mark"));
+  EXPECT_THAT(
+      steps,
+      ElementsAre("set HmiLedIntensityMode \"Auto\"", "# HmiBuzzerVolume held what no step can say",
+                  "stop daemon", "start daemon", "light 12.5", "kill daemon",
+                  "kill session-manager", "kill diagnostics", "kill board-controller", "kill meter",
+                  R"(fault red all garbage x"y)",
+                  "fault sensor in_illuminance_input garbage \"no number\"", "mark"));
   for (const auto& step : steps) EXPECT_TRUE(ParseScenario("", step).errors.empty()) << step;
 }
 

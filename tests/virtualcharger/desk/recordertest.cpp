@@ -78,7 +78,8 @@ TEST_F(ARecorder, ExpectsARefusalAndLeavesOutWhatFailed) {
   mShown = {"mixed", "", std::nullopt, 2};  // what no scenario can expect
   Pass(2s);
   EXPECT_EQ(Text(),
-            "disable\nmark\ncard accepted rejected\n# enable: diagnostics did not answer\n");
+            "disable\nmark\ncard accepted rejected\n# enable: diagnostics did not answer at "
+            "all\n");
 }
 
 TEST_F(ARecorder, EndsByItselfWhereItIsForgottenAndSaysSo) {

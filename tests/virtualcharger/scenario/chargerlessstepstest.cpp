@@ -103,6 +103,7 @@ TEST(AStep, ThatIsNotUnderstoodIsToldWhatWasExpected) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"conector 1", R"("conector" is not a step; did you mean "connector"?)"},
       {"expect lmap red on", R"("expect lmap" is not a step; did you mean "expect lamp"?)"},
+      {"expcet lamp red on", R"("expcet" is not a step; did you mean "expect"?)"},
       {"expect", R"("expect" is not a step; the nearest are: expect log, )"},
       {"dance", R"("dance" is not a step; the nearest are: disable, enable, card)"},
       {std::string("connector\0 1", 12), "the control character 0x00 at place 10; leave it out"},
