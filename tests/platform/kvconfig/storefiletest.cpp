@@ -46,7 +46,7 @@ TEST_F(AStoreFile, IsRefusedWithTheReason) {
   } cases[] = {
       {R"({"a":")" + limit + R"("})", nullptr},
       {R"({"a":")" + limit + R"(x"})", "larger than 1048576 bytes"},
-      {std::string(10 * 1024 * 1024, '['), "larger than"},
+      {std::string(10UL * 1024 * 1024, '['), "larger than"},
       {nested(32), nullptr},
       {nested(33), "stackLimit"},
       {std::string(100'000, '['), "stackLimit"},
@@ -126,7 +126,7 @@ TEST_F(AWrittenStore, StaysWholeAndAloneWhereTheWriteFails) {
       {"s", 2, "Permission denied"},
       {"s", 2, "not a valid store"},
       {"u", 2, "section \"u\" is not an object"},
-      {"s", std::string(1024 * 1024, 'x'), "larger than"},
+      {"s", std::string(1024UL * 1024, 'x'), "larger than"},
   };
   for (const auto& each : cases) {
     const std::string reason = each.reason;

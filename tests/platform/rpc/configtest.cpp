@@ -9,7 +9,6 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
