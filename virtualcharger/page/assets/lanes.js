@@ -13,12 +13,15 @@ const scale = (least, most) => (value) => Math.max(0, Math.min(1, (value - least
 const percentScale = scale(0, 100);
 const luxScale = (lux) => (lux <= 0 ? 0 : scale(-1, 5)(Math.log10(lux)));
 
+// Who is starting is on the way.
+const isTrouble = (status) => /dead|frozen|stopped/.test(status);
+
 // draw: the kind of drawing; text: a value for people; level: its height, 0..1.
 export const kLanes = [
   { lane: "step", title: "steps", height: 16, draw: "moments", text: (value) => value },
   { lane: "lamp", title: "lamp", height: 26, draw: "lamp", text: lampText },
-  { lane: "daemon", title: "daemon", height: 18, draw: "words", text: words, bad: (value) => value !== "running" },
-  { lane: "peers", title: "peers", height: 18, draw: "words", text: words, bad: () => true },
+  { lane: "daemon", title: "daemon", height: 18, draw: "words", text: words, bad: isTrouble },
+  { lane: "peers", title: "peers", height: 18, draw: "words", text: words, bad: isTrouble },
   { lane: "lifecycle", title: "lifecycle", height: 18, draw: "words", text: words, bad: (value) => /error/.test(value) },
   { lane: "connector", title: "connector", height: 18, draw: "words", text: words },
   { lane: "error", title: "errors", height: 18, draw: "words", text: (value) => value.join(", "), bad: (value) => value.length > 0 },
