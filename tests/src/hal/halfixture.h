@@ -35,7 +35,8 @@ class CHalFixture : public testing::Test {
       EXPECT_EQ(signal.identifier(), identifier);
       EXPECT_GT(signal.timestamp().seconds(), 0);
       const auto& data = signal.data(0);
-      values.push_back(data.has_bool_value() ? data.bool_value() : data.float_value());
+      values.push_back(data.has_bool_value() ? static_cast<float>(data.bool_value())
+                                             : data.float_value());
     }
     return values;
   }
