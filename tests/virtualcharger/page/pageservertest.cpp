@@ -17,7 +17,6 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 using EWaiting = CPageServer::EWaiting;
 
 class APageServer : public ::testing::Test {

@@ -68,7 +68,7 @@ TEST(TheDaemonsLog, TakesNoMoreSpaceThanItsNewestPart) {
   std::ifstream newest(path, std::ios::ate);
   newest.seekg(-static_cast<std::streamoff>(line.size()), std::ios::end);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(newest), {}), line);
-  file << "12:00:00.000 info     main            one" << std::string(1024 * 1024, 'x') << '\n'
+  file << "12:00:00.000 info     main            one" << std::string(1024UL * 1024, 'x') << '\n'
        << std::flush;
   log.Read(false);
   ASSERT_EQ(log.Lines().size(), 1U);
